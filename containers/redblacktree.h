@@ -1,0 +1,69 @@
+// The library's one ordered map: a red-black tree of caller pointers, without keys of its own.
+#ifndef CONTAINERS_REDBLACKTREE_H
+#define CONTAINERS_REDBLACKTREE_H
+
+#include <qzvest/status.h>
+#include <qzvest/types.h>
+
+namespace qzvest {
+
+void SMRedBlackTreeAttach(SMRedBlackTree *tree);
+void SMRedBlackTreeDetach(SMRedBlackTree *tree);
+uint32_t SMRedBlackTreeIsEmpty(SMRedBlackTree root);
+uint32_t SMRedBlackTreeDataInsert(SMRedBlackTree *tree, void *data, void *key, SMCompareCallback compare);
+void *SMRedBlackTreeDataReplace(SMRedBlackTree *tree, void *newData, void *key, SMCompareCallback compare);
+uint32_t SMRedBlackTreeDataDelete(SMRedBlackTree *tree, void *key, SMCompareCallback compare);
+void SMRedBlackTreeDelete(SMRedBlackTree *tree, void *context, SMReleaseCallback release);
+void *SMRedBlackTreeDataWalk(SMRedBlackTree root, void *context, SMVisitCallback visit, int32_t walkType);
+
+// For users inside the library whose order can be compiled in: search, insert and walk without callbacks.
+
+// Where an element is (*link is its node) or would go (*link is NULL). Good until the tree changes.
+struct TreePlace {
+    SMRedBlackTreeNode *parent;
+    SMRedBlackTreeNode **link;
+};
+
+// order(data) tells on which side of data the wanted element lies, as a compare callback does.
+template <typename Order>
+inline TreePlace TreeFind(SMRedBlackTree *tree, Order order)
+{
+    TreePlace place{nullptr, tree};
+    while (SMRedBlackTreeNode *node = *place.link) {
+        const int32_t side = order(node->data);
+        if (side == 0)
+            break;
+        place.parent = node;
+        place.link = side < 0 ? &node->left : &node->right;
+    }
+    return place;
+}
+
+// Puts data into an empty place of this tree. Gives SM_STATUS_OK or SM_STATUS_NO_MEMORY.
+uint32_t TreeInsertAt(SMRedBlackTree *tree, TreePlace place, void *data);
+
+// The walk in ascending order: for (node = TreeFirst(root); node != nullptr; node = TreeNext(node)).
+inline SMRedBlackTreeNode *TreeFirst(SMRedBlackTree root)
+{
+    if (root == nullptr)
+        return nullptr;
+    while (root->left != nullptr)
+        root = root->left;
+    return root;
+}
+
+inline SMRedBlackTreeNode *TreeNext(SMRedBlackTreeNode *node)
+{
+    if (node->right != nullptr)
+        return TreeFirst(node->right);
+    SMRedBlackTreeNode *parent = node->parent;
+    while (parent != nullptr && parent->right == node) {
+        node = parent;
+        parent = node->parent;
+    }
+    return parent;
+}
+
+} // namespace qzvest
+
+#endif

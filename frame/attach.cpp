@@ -1,0 +1,106 @@
+// The attach chain: what the library brings up when it is loaded, and in which order.
+//
+// None of the state here is locked: the dynamic loader runs load-time entries one at a time, before any other
+// thread can call in and after the last has stopped.
+
+#include <syslog.h>
+
+#include <array>
+#include <cstdlib>
+
+#include "frame/module.h"
+
+namespace qzvest {
+namespace {
+
+// In the order of bring-up. A facility with process-wide state adds its row here.
+constexpr std::array<AttachStep, 0> kSteps{};
+
+// The two counts move in step. attachCount is a second guard against entering the chains again.
+int32_t loadCount;
+int32_t attachCount;
+uint16_t detaching;
+
+} // namespace
+
+int AttachSteps(std::span<const AttachStep> steps)
+{
+    for (size_t done = 0; done < steps.size(); ++done) {
+        if (steps[done].bringUp() == 1)
+            continue;
+        DetachSteps(steps.first(done));
+        return 0;
+    }
+    return 1;
+}
+
+void DetachSteps(std::span<const AttachStep> steps)
+{
+    for (size_t left = steps.size(); left > 0; --left)
+        steps[left - 1].tearDown();
+}
+
+int SMModuleAttach()
+{
+    if (++attachCount > 1)
+        return 1;
+    return AttachSteps(kSteps); // after a failure the count stays: the process ends
+}
+
+int SMModuleDetach()
+{
+    if (--attachCount > 0)
+        return 1;
+    DetachSteps(kSteps);
+    return 1;
+}
+
+int SMModuleStart()
+{
+    if (loadCount < 1) {
+        detaching = 0;
+        if (SMModuleAttach() != 1)
+            ModuleAttachFailure();
+    }
+    ++loadCount;
+    return 1;
+}
+
+int SMModuleStop()
+{
+    if (loadCount < 1)
+        return 0;
+    if (--loadCount == 0) {
+        detaching = 1;
+        (void)SMModuleDetach(); // always 1
+    }
+    return 1;
+}
+
+uint16_t SMModuleIsDetaching()
+{
+    return detaching;
+}
+
+void ModuleAttachFailure()
+{
+    openlog(nullptr, LOG_PID | LOG_CONS | LOG_NDELAY, LOG_LOCAL2);
+    syslog(LOG_CRIT, "ModuleAttachFailure: qzvest failed to initialize - possibly out of memory\n");
+    closelog();
+    std::exit(1);
+}
+
+namespace {
+
+[[gnu::constructor]] void Load()
+{
+    (void)SMModuleStart(); // always 1; a failed attach does not come back
+}
+
+[[gnu::destructor]] void Unload()
+{
+    (void)SMModuleStop(); // 0 only when the attach never finished
+}
+
+} // namespace
+} // namespace qzvest

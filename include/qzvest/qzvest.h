@@ -1,0 +1,11 @@
+/* All of libqzvest. */
+#ifndef QZVEST_QZVEST_H
+#define QZVEST_QZVEST_H
+
+#include <qzvest/module.h>
+#include <qzvest/redblacktree.h>
+#include <qzvest/sdo.h>
+#include <qzvest/status.h>
+#include <qzvest/types.h>
+
+#endif

@@ -1,0 +1,103 @@
+/* Records and callback types of libqzvest; no functions.
+ *
+ * Text in UTF-8 is char, a UCS-2 unit is uint16_t, a status is uint32_t with the names of status.h.
+ * Records that are only named here are opaque: each is a type of its own, so that a compiler catches one
+ * given for another. Records with members have a layout that callers may rely on. */
+#ifndef QZVEST_TYPES_H
+#define QZVEST_TYPES_H
+
+#include <stddef.h>
+#include <stdint.h>
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/* ---- Red-black tree (redblacktree.h) ---- */
+
+/* One element of a tree: a heap record of the library. A node's address may change hands when an element
+ * is deleted, its data pointer does not. */
+typedef struct SMRedBlackTreeNode SMRedBlackTreeNode;
+struct SMRedBlackTreeNode {
+    SMRedBlackTreeNode *left;   /* lower subtree, or NULL */
+    SMRedBlackTreeNode *right;  /* higher subtree, or NULL */
+    SMRedBlackTreeNode *parent; /* NULL at the root */
+    void *data;                 /* the caller's, never NULL */
+    uint32_t color;             /* SM_RBT_BLACK or SM_RBT_RED */
+};
+
+enum { SM_RBT_BLACK = 0, SM_RBT_RED = 1 };
+
+/* A tree is one slot, the root, in the caller's memory; NULL is an empty tree. */
+typedef SMRedBlackTreeNode *SMRedBlackTree;
+
+/* Orders a key against stored data: negative when the key sorts before data, 0 for equal, else positive. */
+typedef int32_t (*SMCompareCallback)(void *key, void *data);
+
+/* Looks at one element: 0 stops the walk and selects this data. For what other values do see
+ * SMRedBlackTreeDataWalk. */
+typedef int32_t (*SMVisitCallback)(void *context, void *data);
+
+/* Told of an element that is going; the result is not looked at. */
+typedef int32_t (*SMReleaseCallback)(void *context, void *data);
+
+/* Values of walkType in SMRedBlackTreeDataWalk. */
+enum {
+    SM_RBT_WALK_ROOT = 0,       /* the root alone */
+    SM_RBT_WALK_ASCENDING = 1,  /* in order, to the first 0 */
+    SM_RBT_WALK_DESCENDING = 2, /* in reverse order, to the first 0 */
+    SM_RBT_WALK_SEARCH = 3,     /* one path down: a negative result goes left, a positive one right */
+    SM_RBT_WALK_STEERED = 4     /* all, a node before its subtrees: after a negative result the left one
+                                   first, after a positive one the right one first */
+};
+
+/* ---- Self-describing objects (sdo.h) ---- */
+
+/* An ordered set of entries in memory: an ID, a type byte and a value each. */
+typedef struct SMSDOConfig SMSDOConfig;
+
+/* Kinds that the library gives a meaning to, and the array flag. */
+enum {
+    SM_SDO_KIND_MASK = 0x0F,
+    SM_SDO_KIND_FLAT = 12,   /* the value is a flat block; in memory it turns into SM_SDO_KIND_OBJECT */
+    SM_SDO_KIND_OBJECT = 13, /* the value is a pointer to an SMSDOConfig, with the array flag a table of them */
+    SM_SDO_ARRAY = 0x10      /* flag beside the kind */
+};
+
+enum { SM_SDO_HEADER_SIZE = 8 }; /* bytes of an empty flat object or array */
+
+/* A flat object ("BODS") or flat array ("BADS"): one block of bytes without pointers, which may lie at
+ * any address. Its form is told in sdo.h. */
+typedef void SMSDOBinary;
+
+/* Callbacks of SMSDOBinaryWalk. Each returns SM_STATUS_OK to go on. */
+
+/* A block with at least one entry or element begins.
+ *   cookie      what entry stored for this nested block, or the cookie of the array around it; 0 at the top
+ *   isArray     1 for a flat array, 0 for a flat object
+ *   count       entries or elements
+ *   arrayIndex  place in the array around it, SM_SDO_NO_INDEX where there is none
+ *   block       the block itself */
+typedef uint32_t (*SMSDOObjectBeginCallback)(void *context, uint64_t cookie, uint16_t isArray, uint32_t count,
+                                             uint32_t arrayIndex, const SMSDOBinary *block);
+
+/* One entry of a flat object. The type byte comes in its four pieces.
+ *   childCookieOut  may take the cookie for the block in this entry; it is not cleared beforehand
+ *   size            bytes at data, the true length of the value */
+typedef uint32_t (*SMSDOEntryCallback)(void *context, uint64_t *childCookieOut, uint16_t id, uint8_t typeBits6And7,
+                                       uint8_t typeBit5, uint8_t typeBit4, uint8_t kind, uint32_t size,
+                                       const void *data);
+
+/* An entry and all within it is done. */
+typedef uint32_t (*SMSDOEntryEndCallback)(void *context, uint64_t childCookie);
+
+/* A block is done; its objectBegin had the same cookie. */
+typedef uint32_t (*SMSDOObjectEndCallback)(void *context, uint64_t cookie, uint16_t isArray);
+
+#define SM_SDO_NO_INDEX 0xFFFFFFFFu
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif

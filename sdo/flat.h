@@ -1,0 +1,83 @@
+// The flat form's header and descriptors. A block lies at any address, so numbers are copied in and out.
+#ifndef SDO_FLAT_H
+#define SDO_FLAT_H
+
+#include <qzvest/types.h>
+
+#include <cstddef>
+#include <cstring>
+
+namespace qzvest {
+
+constexpr uint32_t kObjectMagic = 0x53444F42; // "BODS"
+constexpr uint32_t kArrayMagic = 0x53444142;  // "BADS"
+
+struct FlatHeader {
+    uint32_t magic;
+    uint16_t count;
+    uint16_t size; // of the whole block
+};
+
+// length and offset hold the value itself when it lies inline.
+struct SMSDOBinaryEntry {
+    uint16_t id;
+    uint8_t type;
+    uint8_t storage;
+    uint16_t length;
+    uint16_t offset; // from this descriptor
+};
+
+static_assert(sizeof(FlatHeader) == SM_SDO_HEADER_SIZE && offsetof(FlatHeader, size) == 6);
+static_assert(sizeof(SMSDOBinaryEntry) == 8 && offsetof(SMSDOBinaryEntry, length) == 4);
+
+constexpr uint8_t kOutOfLine = 4; // bit of storage; the bits below are the inline length less 1
+constexpr uint8_t kInlineLength = 3;
+
+constexpr size_t kInlineAt = offsetof(SMSDOBinaryEntry, length);
+
+inline const uint8_t *BytesOf(const SMSDOBinary *block)
+{
+    return static_cast<const uint8_t *>(block);
+}
+
+template <typename T>
+T LoadAs(const void *from)
+{
+    T value;
+    std::memcpy(&value, from, sizeof value);
+    return value;
+}
+
+template <typename T>
+void StoreAs(void *to, const T &value)
+{
+    std::memcpy(to, &value, sizeof value);
+}
+
+inline FlatHeader HeaderOf(const SMSDOBinary *block)
+{
+    return LoadAs<FlatHeader>(block);
+}
+
+inline const uint8_t *DescriptorAt(const SMSDOBinary *block, uint32_t index)
+{
+    return BytesOf(block) + sizeof(FlatHeader) + size_t{index} * sizeof(SMSDOBinaryEntry);
+}
+
+struct FlatValue {
+    const uint8_t *bytes;
+    uint32_t size;
+};
+
+// A descriptor's value with its true length.
+inline FlatValue ValueOf(const uint8_t *descriptor)
+{
+    const auto entry = LoadAs<SMSDOBinaryEntry>(descriptor);
+    if ((entry.storage & kOutOfLine) != 0)
+        return {descriptor + entry.offset, entry.length};
+    return {descriptor + kInlineAt, (entry.storage & kInlineLength) + 1u};
+}
+
+} // namespace qzvest
+
+#endif
