@@ -1,0 +1,85 @@
+# Google Benchmark's CSV into one Markdown table: operation, our time, and beside it each peer's time with how
+# many times ours it is. Names are operation/who/size.
+
+BEGIN {
+    FS = ","
+    split("build flatten build_flatten read_by_id walk rebuild tree_insert tree_search tree_delete attach_detach", order, " ")
+}
+
+$9 == "true" {
+    print "failed: " $0 > "/dev/stderr"
+    failed = 1
+}
+
+/_median"/ {
+    name = $1
+    gsub(/"|_median/, "", name)
+    time = sub(/\/manual_time/, "", name) ? $3 : $4 # processor time; such a row measures it itself
+    operation = name
+    sub(/\/.*/, "", operation)
+    size = name
+    sub(/.*\//, "", size)
+    who = substr(name, length(operation) + 2, length(name) - length(operation) - length(size) - 2)
+    times[operation, size, who] = time
+    if (!((operation, size) in seen)) {
+        seen[operation, size] = 1
+        sizes[operation] = sizes[operation] " " size
+    }
+    if (!(who in known)) {
+        known[who] = 1
+        everyone[++people] = who
+    }
+}
+
+function Time(ns)
+{
+    if (ns < 1000)
+        return sprintf("%.1f ns", ns)
+    if (ns < 1000000)
+        return sprintf("%.2f µs", ns / 1000)
+    return sprintf("%.2f ms", ns / 1000000)
+}
+
+function PrintRow(operation, size,    label, ours, line, i, who, peer)
+{
+    ours = times[operation, size, "ours"]
+    label = operation
+    gsub("_", " ", label)
+    if (operation != "attach_detach")
+        label = label ", " size
+    line = ""
+    for (i = 1; i <= people; ++i) {
+        who = everyone[i]
+        if (who == "ours" || !((operation, size, who) in times))
+            continue
+        peer = times[operation, size, who]
+        line = line (line == "" ? "" : "; ") who " " Time(peer) sprintf(" (%.2f)", peer / ours)
+    }
+    print "| " label " | " Time(ours) " | " line " |"
+}
+
+END {
+    if (failed)
+        exit 1
+    # Rows come in random order.
+    for (i = 2; i <= people; ++i)
+        for (j = i; j > 1 && everyone[j - 1] > everyone[j]; --j) {
+            who = everyone[j]
+            everyone[j] = everyone[j - 1]
+            everyone[j - 1] = who
+        }
+    print "| operation | ours | peers (times ours) |"
+    print "|---|---|---|"
+    for (i = 1; i in order; ++i) {
+        count = split(sizes[order[i]], listed, " ")
+        for (a = 1; a <= count; ++a)
+            for (b = a + 1; b <= count; ++b)
+                if (listed[b] + 0 < listed[a] + 0) {
+                    size = listed[a]
+                    listed[a] = listed[b]
+                    listed[b] = size
+                }
+        for (a = 1; a <= count; ++a)
+            PrintRow(order[i], listed[a])
+    }
+}
