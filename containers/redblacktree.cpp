@@ -5,17 +5,17 @@
 #include "containers/redblacktree.h"
 
 #include <cstddef>
-
-#include "frame/heap.h"
+#include <cstdlib>
 
 namespace qzvest {
 namespace {
 
 using Node = SMRedBlackTreeNode;
 
-// A slot and a node's left word have the same form, so a node's address serves as the slot of its left subtree.
+// A tree slot and a left word have the same form, and left comes first: a node's address may be given to
+// SMRedBlackTreeDelete as the slot of its left subtree.
 static_assert(offsetof(Node, left) == 0 && offsetof(Node, right) == 8 && offsetof(Node, parent) == 16);
-static_assert(offsetof(Node, data) == 24 && offsetof(Node, color) == 32);
+static_assert(offsetof(Node, data) == 24 && offsetof(Node, color) == 32 && sizeof(Node) == 40);
 
 bool IsRed(const Node *node)
 {
@@ -172,7 +172,7 @@ void *WalkSteered(Node *node, void *context, SMVisitCallback visit)
 
 uint32_t TreeInsertAt(SMRedBlackTree *tree, TreePlace place, void *data)
 {
-    Node *node = HeapRoom<Node>(1).release();
+    auto *node = static_cast<Node *>(std::malloc(sizeof(Node)));
     if (node == nullptr)
         return SM_STATUS_NO_MEMORY;
     *node = {nullptr, nullptr, place.parent, data, SM_RBT_RED};

@@ -99,7 +99,7 @@ namespace {
 
 [[gnu::destructor]] void Unload()
 {
-    (void)SMModuleStop(); // 0 only when the attach never finished
+    (void)SMModuleStop(); // 0 when the attach never finished, or somebody stopped the module already
 }
 
 } // namespace

@@ -67,7 +67,7 @@ uint32_t SMSDOConfigToBinary(const SMSDOConfig *config, void *buffer, uint32_t *
     return qzvest::SMSDOConfigToBinary(config, buffer, sizeInOut);
 }
 
-uint32_t SMSDOConfigArrayToBinaryArray(SMSDOConfig *const *configs, int32_t configCount, SMSDOBinary *array,
+uint32_t SMSDOConfigArrayToBinaryArray(SMSDOConfig *const *configs, int32_t configCount, SMSDOBinaryArray *array,
                                        uint32_t *sizeInOut)
 {
     return qzvest::SMSDOConfigArrayToBinaryArray(configs, configCount, array, sizeInOut);
@@ -114,24 +114,24 @@ uint32_t SMSDOBinaryWalk(const SMSDOBinary *binary, void *context, SMSDOObjectBe
                                    recurse, true);
 }
 
-uint32_t SMSDOBinaryArrayInitHeader(SMSDOBinary *array, uint32_t bufferSize)
+uint32_t SMSDOBinaryArrayInitHeader(SMSDOBinaryArray *array, uint32_t bufferSize)
 {
     return qzvest::SMSDOBinaryArrayInitHeader(array, bufferSize);
 }
 
-uint32_t SMSDOBinaryArrayAddData(SMSDOBinary *array, uint32_t *sizeInOut, const SMSDOBinary *binary,
+uint32_t SMSDOBinaryArrayAddData(SMSDOBinaryArray *array, uint32_t *sizeInOut, const SMSDOBinary *binary,
                                  uint32_t binarySize)
 {
     return qzvest::SMSDOBinaryArrayAddData(array, sizeInOut, binary, binarySize);
 }
 
-uint32_t SMSDOBinaryArrayGetByIndex(const SMSDOBinary *array, uint32_t arraySize, uint32_t index, void *buffer,
+uint32_t SMSDOBinaryArrayGetByIndex(const SMSDOBinaryArray *array, uint32_t arraySize, uint32_t index, void *buffer,
                                     uint32_t *sizeInOut)
 {
     return qzvest::SMSDOBinaryArrayGetByIndex(array, arraySize, index, buffer, sizeInOut);
 }
 
-uint32_t SMSDOBinaryArrayToConfigArray(const SMSDOBinary *array, SMSDOConfig **configs, uint32_t *countInOut)
+uint32_t SMSDOBinaryArrayToConfigArray(const SMSDOBinaryArray *array, SMSDOConfig **configs, uint32_t *countInOut)
 {
     return qzvest::SMSDOBinaryArrayToConfigArray(array, configs, countInOut);
 }

@@ -1,6 +1,10 @@
 // What goes into an object. Plain values and pointers to nested objects are stored as they are; a flat value
 // is rebuilt first and goes in as nested objects.
 
+#include <cstdlib>
+#include <cstring>
+#include <utility>
+
 #include "sdo/entry.h"
 #include "sdo/flat.h"
 #include "sdo/sdo.h"
@@ -140,9 +144,9 @@ uint32_t AddFlatArray(SMSDOConfig *config, const Value &value, int16_t replace)
 
 uint32_t AddFlat(SMSDOConfig *config, const Value &value, int16_t replace)
 {
-    if (value.size < SM_SDO_HEADER_SIZE)
+    if (value.size < sizeof(uint32_t))
         return SM_STATUS_INVALID_PARAMETER;
-    switch (HeaderOf(value.data).magic) {
+    switch (LoadAs<uint32_t>(value.data)) { // the magic decides; the block knows its size
     case kObjectMagic:
         return AddFlatObject(config, value, replace);
     case kArrayMagic:

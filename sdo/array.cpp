@@ -1,5 +1,7 @@
 // Flat arrays. There is no index: an element is reached by stepping over those before it.
 
+#include <cstring>
+
 #include "sdo/entry.h"
 #include "sdo/flat.h"
 #include "sdo/sdo.h"
@@ -8,7 +10,7 @@ namespace qzvest {
 namespace {
 
 // Offset of the index-th element, or of the end when index is the count.
-uint32_t ElementOffset(const SMSDOBinary *array, uint32_t index)
+uint32_t ElementOffset(const SMSDOBinaryArray *array, uint32_t index)
 {
     uint32_t offset = sizeof(FlatHeader);
     for (; index > 0; --index)
@@ -16,12 +18,19 @@ uint32_t ElementOffset(const SMSDOBinary *array, uint32_t index)
     return offset;
 }
 
-// Appends at the known end of the array.
-uint32_t AppendAt(SMSDOBinary *array, uint32_t end, uint32_t *sizeInOut, const SMSDOBinary *binary, uint32_t binarySize)
+// A size that a word of 32 bits cannot say is at least not said too small.
+uint32_t SizeWord(uint64_t size)
 {
-    const uint64_t total = uint64_t{end} + binarySize;
+    return size < UINT32_MAX ? static_cast<uint32_t>(size) : UINT32_MAX;
+}
+
+// Appends at the known end of the array.
+uint32_t AppendAt(SMSDOBinaryArray *array, uint64_t end, uint32_t *sizeInOut, const SMSDOBinary *binary,
+                  uint32_t binarySize)
+{
+    const uint64_t total = end + binarySize;
     if (total > *sizeInOut) {
-        *sizeInOut = static_cast<uint32_t>(total);
+        *sizeInOut = SizeWord(total);
         return SM_STATUS_BUFFER_TOO_SMALL;
     }
     if (total > kFlatLimit)
@@ -46,8 +55,9 @@ uint32_t CopyElement(const uint8_t *element, void *buffer, uint32_t *sizeInOut)
     return fits ? SM_STATUS_OK : SM_STATUS_BUFFER_TOO_SMALL;
 }
 
-// Rebuilds count elements into the table. Each is fetched whole into a work buffer that holds the largest.
-uint32_t RebuildElements(const SMSDOBinary *array, uint32_t count, SMSDOConfig **configs)
+// Rebuilds count elements into the table. Each is fetched whole into a work buffer that holds the largest; that
+// there is no memory for it is told apart from an element that cannot be rebuilt.
+uint32_t RebuildElements(const SMSDOBinaryArray *array, uint32_t count, SMSDOConfig **configs)
 {
     const HeapPtr<uint8_t> work = HeapRoom<uint8_t>(kFlatLimit);
     if (!work)
@@ -67,7 +77,7 @@ uint32_t RebuildElements(const SMSDOBinary *array, uint32_t count, SMSDOConfig *
 }
 
 // Flattens one object and appends it when an array is there and has room. The total counts it either way.
-uint32_t AppendConfig(const SMSDOConfig *config, SMSDOBinary *array, uint32_t *capacity, uint32_t *total)
+uint32_t AppendConfig(const SMSDOConfig *config, SMSDOBinaryArray *array, uint32_t *capacity, uint64_t *total)
 {
     uint32_t size = config->binarySize;
     const HeapPtr<uint8_t> block = HeapRoom<uint8_t>(size);
@@ -76,7 +86,7 @@ uint32_t AppendConfig(const SMSDOConfig *config, SMSDOBinary *array, uint32_t *c
     const uint32_t status = SMSDOConfigToBinary(config, block.get(), &size);
     if (status != SM_STATUS_OK)
         return status;
-    const uint32_t end = *total;
+    const uint64_t end = *total;
     *total += size;
     if (array == nullptr || *total > *capacity)
         return SM_STATUS_OK;
@@ -85,7 +95,7 @@ uint32_t AppendConfig(const SMSDOConfig *config, SMSDOBinary *array, uint32_t *c
 
 } // namespace
 
-uint32_t SMSDOBinaryArrayInitHeader(SMSDOBinary *array, uint32_t bufferSize)
+uint32_t SMSDOBinaryArrayInitHeader(SMSDOBinaryArray *array, uint32_t bufferSize)
 {
     if (array == nullptr)
         return SM_STATUS_INVALID_PARAMETER;
@@ -95,7 +105,7 @@ uint32_t SMSDOBinaryArrayInitHeader(SMSDOBinary *array, uint32_t bufferSize)
     return SM_STATUS_OK;
 }
 
-uint32_t SMSDOBinaryArrayAddData(SMSDOBinary *array, uint32_t *sizeInOut, const SMSDOBinary *binary,
+uint32_t SMSDOBinaryArrayAddData(SMSDOBinaryArray *array, uint32_t *sizeInOut, const SMSDOBinary *binary,
                                  uint32_t binarySize)
 {
     if (array == nullptr || sizeInOut == nullptr || binary == nullptr)
@@ -108,7 +118,7 @@ uint32_t SMSDOBinaryArrayAddData(SMSDOBinary *array, uint32_t *sizeInOut, const 
     return AppendAt(array, ElementOffset(array, header.count), sizeInOut, binary, binarySize);
 }
 
-uint32_t SMSDOBinaryArrayGetByIndex(const SMSDOBinary *array, uint32_t, uint32_t index, void *buffer,
+uint32_t SMSDOBinaryArrayGetByIndex(const SMSDOBinaryArray *array, uint32_t, uint32_t index, void *buffer,
                                     uint32_t *sizeInOut)
 {
     if (array == nullptr || sizeInOut == nullptr)
@@ -121,13 +131,13 @@ uint32_t SMSDOBinaryArrayGetByIndex(const SMSDOBinary *array, uint32_t, uint32_t
     return CopyElement(BytesOf(array) + ElementOffset(array, index), buffer, sizeInOut);
 }
 
-uint32_t SMSDOConfigArrayToBinaryArray(SMSDOConfig *const *configs, int32_t configCount, SMSDOBinary *array,
+uint32_t SMSDOConfigArrayToBinaryArray(SMSDOConfig *const *configs, int32_t configCount, SMSDOBinaryArray *array,
                                        uint32_t *sizeInOut)
 {
     if (configs == nullptr || sizeInOut == nullptr)
         return SM_STATUS_INVALID_PARAMETER;
     uint32_t capacity = *sizeInOut;
-    uint32_t total = 0; // without an array the header does not count
+    uint64_t total = 0; // without an array the header does not count
     if (array != nullptr) {
         const uint32_t status = SMSDOBinaryArrayInitHeader(array, capacity);
         if (status != SM_STATUS_OK)
@@ -141,11 +151,11 @@ uint32_t SMSDOConfigArrayToBinaryArray(SMSDOConfig *const *configs, int32_t conf
         if (status != SM_STATUS_OK)
             return status;
     }
-    *sizeInOut = total;
+    *sizeInOut = SizeWord(total);
     return SM_STATUS_OK;
 }
 
-uint32_t SMSDOBinaryArrayToConfigArray(const SMSDOBinary *array, SMSDOConfig **configs, uint32_t *countInOut)
+uint32_t SMSDOBinaryArrayToConfigArray(const SMSDOBinaryArray *array, SMSDOConfig **configs, uint32_t *countInOut)
 {
     if (array == nullptr || countInOut == nullptr)
         return SM_STATUS_INVALID_PARAMETER;

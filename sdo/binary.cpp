@@ -1,5 +1,8 @@
 // The flat form, there and back, and what goes by way of it.
 
+#include <cstdlib>
+#include <cstring>
+
 #include "sdo/entry.h"
 #include "sdo/flat.h"
 #include "sdo/sdo.h"
@@ -33,7 +36,7 @@ HeapPtr<uint8_t> FlattenNested(const SMSDOEntry *entry, uint32_t length)
     return block;
 }
 
-// False ends the writing.
+// False, with the total as it was, ends the writing.
 bool WriteEntry(FlatWriter &writer, const SMSDOEntry *entry)
 {
     SMSDOBinaryEntry descriptor{entry->id, entry->type, 0, 0, 0};
@@ -58,10 +61,10 @@ bool WriteEntry(FlatWriter &writer, const SMSDOEntry *entry)
         writer.total += length;
     } else {
         descriptor.storage = static_cast<uint8_t>((length - 1) & kInlineLength);
-        std::memcpy(&descriptor.length, value, length); // over both halves of the inline value
+        std::memcpy(reinterpret_cast<uint8_t *>(&descriptor) + kInlineAt, value, length);
     }
     StoreAs(writer.block + writer.descriptor, descriptor);
-    writer.descriptor += static_cast<uint32_t>(sizeof descriptor);
+    writer.descriptor += kDescriptorSize;
     return true;
 }
 
@@ -88,18 +91,19 @@ uint32_t SMSDOConfigToBinary(const SMSDOConfig *config, void *buffer, uint32_t *
         return SM_STATUS_INVALID_PARAMETER;
     if (*sizeInOut < config->binarySize)
         return SM_STATUS_BUFFER_TOO_SMALL;
-    const FlatHeader header{kObjectMagic, static_cast<uint16_t>(config->count),
-                            static_cast<uint16_t>(config->binarySize)};
-    StoreAs(buffer, header);
-    const auto descriptorBytes = static_cast<uint32_t>(config->count * sizeof(SMSDOBinaryEntry));
     FlatWriter writer{static_cast<uint8_t *>(buffer), *sizeInOut, SM_SDO_HEADER_SIZE,
-                      SM_SDO_HEADER_SIZE + descriptorBytes};
-    for (SMRedBlackTreeNode *node = TreeFirst(config->root); node != nullptr; node = TreeNext(node)) {
-        if (!WriteEntry(writer, static_cast<const SMSDOEntry *>(node->data)))
-            break;
+                      SM_SDO_HEADER_SIZE + config->count * kDescriptorSize};
+    bool isWhole = writer.total <= writer.capacity; // false only where the kept size is wrong altogether
+    if (isWhole) {
+        StoreAs(buffer, FlatHeader{kObjectMagic, static_cast<uint16_t>(config->count),
+                                   static_cast<uint16_t>(config->binarySize)});
+        SMRedBlackTreeNode *node = TreeFirst(config->root);
+        for (; node != nullptr && isWhole; node = TreeNext(node))
+            isWhole = WriteEntry(writer, static_cast<const SMSDOEntry *>(node->data));
     }
     *sizeInOut = writer.total;
-    return writer.total == config->binarySize ? SM_STATUS_OK : SM_STATUS_FAILED;
+    isWhole = isWhole && writer.total == config->binarySize && writer.total <= kFlatLimit;
+    return isWhole ? SM_STATUS_OK : SM_STATUS_FAILED;
 }
 
 SMSDOConfig *SMSDOBinaryToConfig(const SMSDOBinary *binary)

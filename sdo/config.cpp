@@ -1,5 +1,8 @@
 // Objects in memory: reading, removing and counting. What goes in stands in add.cpp.
 
+#include <cstdlib>
+#include <cstring>
+
 #include "containers/redblacktree.h"
 #include "sdo/entry.h"
 #include "sdo/sdo.h"
@@ -40,7 +43,6 @@ int32_t Release(void *, void *data)
     return 0;
 }
 
-// The config must have entries.
 SMSDOEntry *EntryAtIndex(const SMSDOConfig *config, uint32_t index)
 {
     SMSDOEntrySearch search{nullptr, 0, index, 0, kByIndex};
@@ -88,7 +90,7 @@ uint32_t RemoveByID(SMSDOConfig *config, uint16_t id)
 
 SMSDOConfig *SMSDOConfigAlloc()
 {
-    SMSDOConfig *config = HeapRoom<SMSDOConfig>(1).release();
+    auto *config = static_cast<SMSDOConfig *>(std::malloc(sizeof(SMSDOConfig)));
     if (config != nullptr)
         *config = {nullptr, 0, SM_SDO_HEADER_SIZE};
     return config;
@@ -106,7 +108,7 @@ void SMSDOConfigFree(SMSDOConfig *config)
 
 uint32_t SMSDOConfigGetCount(const SMSDOConfig *config)
 {
-    return config != nullptr ? config->count : 0xFFFFFFFF;
+    return config != nullptr ? config->count : SM_SDO_NO_COUNT;
 }
 
 uint32_t SMSDOConfigGetDataByID(const SMSDOConfig *config, uint16_t id, uint8_t *typeOut, void *buffer,
@@ -165,7 +167,7 @@ uint32_t SMSDOConfigReCalcBinarySize(SMSDOConfig *config)
     uint32_t total = SM_SDO_HEADER_SIZE;
     for (SMRedBlackTreeNode *node = TreeFirst(config->root); node != nullptr; node = TreeNext(node)) {
         const auto *entry = static_cast<const SMSDOEntry *>(node->data);
-        total += SM_SDO_HEADER_SIZE;
+        total += kDescriptorSize;
         if (KindOf(entry->type) != SM_SDO_KIND_OBJECT) {
             total += entry->size;
             continue;

@@ -1,5 +1,7 @@
 #include "sdo/entry.h"
 
+#include <cstring>
+
 namespace qzvest {
 
 uint64_t SMSDOEntryDataSize(uint8_t type, const void *data, uint32_t size)
@@ -17,7 +19,7 @@ uint64_t SMSDOEntryDataSize(uint8_t type, const void *data, uint32_t size)
 uint64_t SMSDOEntryBinarySize(uint8_t type, const void *data, uint32_t size)
 {
     const uint64_t length = SMSDOEntryDataSize(type, data, size);
-    return SM_SDO_HEADER_SIZE + (length > kInlineLimit ? length : 0);
+    return kDescriptorSize + (length > kInlineLimit ? length : 0);
 }
 
 void SMSDOEntryFree(SMSDOEntry *entry)

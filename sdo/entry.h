@@ -4,11 +4,13 @@
 
 #include <qzvest/types.h>
 
+#include <cstdint>
 #include <cstring>
 #include <memory>
 
 #include "containers/redblacktree.h"
 #include "frame/heap.h"
+#include "sdo/sdo.h"
 
 // Invariants: count is the number of entries in the tree; binarySize is 8 and each entry's
 // SMSDOEntryBinarySize, until SMSDOConfigReCalcBinarySize or a change behind the parent's back says otherwise.
@@ -38,6 +40,7 @@ struct alignas(SMSDOConfig *) SMSDOEntry {
 
 constexpr uint32_t kFlatLimit = 65535;  // bytes of any flat block
 constexpr uint32_t kCountLimit = 65535; // entries of an object
+constexpr uint32_t kDescriptorSize = 8; // bytes of an entry in the flat form, without a long value
 constexpr uint32_t kInlineLimit = 4;    // bytes of a value that lies in its descriptor
 constexpr uint32_t kPointerSize = sizeof(SMSDOConfig *);
 
@@ -80,8 +83,6 @@ inline TreePlace EntryPlace(SMRedBlackTree *tree, uint16_t id)
     return TreeFind(
         tree, [id](const void *data) { return int32_t{id} - int32_t{static_cast<const SMSDOEntry *>(data)->id}; });
 }
-
-void SMSDOConfigFree(SMSDOConfig *config);
 
 struct ConfigRelease {
     void operator()(SMSDOConfig *config) const

@@ -5,7 +5,10 @@
 #include <qzvest/types.h>
 
 #include <cstddef>
+#include <cstdint>
 #include <cstring>
+
+#include "sdo/entry.h"
 
 namespace qzvest {
 
@@ -27,8 +30,11 @@ struct SMSDOBinaryEntry {
     uint16_t offset; // from this descriptor
 };
 
-static_assert(sizeof(FlatHeader) == SM_SDO_HEADER_SIZE && offsetof(FlatHeader, size) == 6);
-static_assert(sizeof(SMSDOBinaryEntry) == 8 && offsetof(SMSDOBinaryEntry, length) == 4);
+static_assert(offsetof(FlatHeader, magic) == 0 && offsetof(FlatHeader, count) == 4);
+static_assert(offsetof(FlatHeader, size) == 6 && sizeof(FlatHeader) == SM_SDO_HEADER_SIZE);
+static_assert(offsetof(SMSDOBinaryEntry, id) == 0 && offsetof(SMSDOBinaryEntry, type) == 2);
+static_assert(offsetof(SMSDOBinaryEntry, storage) == 3 && offsetof(SMSDOBinaryEntry, length) == 4);
+static_assert(offsetof(SMSDOBinaryEntry, offset) == 6 && sizeof(SMSDOBinaryEntry) == kDescriptorSize);
 
 constexpr uint8_t kOutOfLine = 4; // bit of storage; the bits below are the inline length less 1
 constexpr uint8_t kInlineLength = 3;
@@ -61,7 +67,7 @@ inline FlatHeader HeaderOf(const SMSDOBinary *block)
 
 inline const uint8_t *DescriptorAt(const SMSDOBinary *block, uint32_t index)
 {
-    return BytesOf(block) + sizeof(FlatHeader) + size_t{index} * sizeof(SMSDOBinaryEntry);
+    return BytesOf(block) + sizeof(FlatHeader) + size_t{index} * kDescriptorSize;
 }
 
 struct FlatValue {

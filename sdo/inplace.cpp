@@ -1,5 +1,8 @@
 // Reading and patching a flat object where it lies.
 
+#include <cstddef>
+#include <cstring>
+
 #include "sdo/entry.h"
 #include "sdo/flat.h"
 #include "sdo/sdo.h"
@@ -70,7 +73,7 @@ uint32_t Rebuild(SMSDOBinary *binary, uint32_t *sizeInOut, uint16_t id, uint8_t 
 uint32_t SMSDOBinaryGetCount(const SMSDOBinary *binary, uint16_t *isArrayOut)
 {
     FlatHeader header;
-    return ReadHeader(binary, isArrayOut, &header) ? header.count : 0xFFFFFFFF;
+    return ReadHeader(binary, isArrayOut, &header) ? header.count : SM_SDO_NO_COUNT;
 }
 
 uint32_t SMSDOBinaryGetSize(const SMSDOBinary *binary, uint16_t *isArrayOut)
@@ -91,19 +94,17 @@ uint32_t SMSDOBinaryGetDataByID(const SMSDOBinary *binary, uint16_t id, uint8_t 
     if (descriptor == nullptr)
         return SM_STATUS_NOT_FOUND;
     const auto entry = LoadAs<SMSDOBinaryEntry>(descriptor);
-    const bool isInline = (entry.storage & kOutOfLine) == 0;
-    // An inline value is read with its zero filling, whatever its length. Callers read numbers of 1 to 4 bytes
-    // into a cleared or uncleared word alike; who wants the true length asks by index.
-    const uint32_t length = isInline ? kInlineLimit : entry.length;
-    if (buffer == nullptr || *sizeInOut < length) {
-        *sizeInOut = length;
+    FlatValue value = ValueOf(descriptor);
+    // An inline value is read with its filling, whatever its length. Callers read numbers of 1 to 4 bytes into a
+    // word, cleared or not; who wants the true length asks by index.
+    if ((entry.storage & kOutOfLine) == 0)
+        value.size = kInlineLimit;
+    if (buffer == nullptr || *sizeInOut < value.size) {
+        *sizeInOut = value.size;
         return SM_STATUS_BUFFER_TOO_SMALL;
     }
-    if (isInline)
-        std::memcpy(buffer, descriptor + kInlineAt, kInlineLimit);
-    else
-        std::memcpy(buffer, descriptor + entry.offset, length);
-    *sizeInOut = length;
+    std::memcpy(buffer, value.bytes, value.size);
+    *sizeInOut = value.size;
     if (typeOut != nullptr)
         *typeOut = entry.type;
     return SM_STATUS_OK;
@@ -139,7 +140,7 @@ uint32_t SMSDOBinarySetData(SMSDOBinary *binary, uint32_t *sizeInOut, uint16_t i
 {
     if (binary == nullptr || sizeInOut == nullptr || !IsValidID(id) || type == 0 || data == nullptr)
         return SM_STATUS_INVALID_PARAMETER;
-    if (*sizeInOut < SM_SDO_HEADER_SIZE + sizeof(SMSDOBinaryEntry))
+    if (*sizeInOut < SM_SDO_HEADER_SIZE + kDescriptorSize)
         return SM_STATUS_BUFFER_TOO_SMALL;
     const FlatHeader header = HeaderOf(binary);
     if (header.magic != kObjectMagic)

@@ -53,14 +53,14 @@ uint32_t SMSDOBinaryWalk(const SMSDOBinary *binary, const SDOWalkCallbacks &call
                          uint32_t arrayIndex, int16_t recurse, bool visitChildren);
 
 // Flat arrays
-uint32_t SMSDOBinaryArrayInitHeader(SMSDOBinary *array, uint32_t bufferSize);
-uint32_t SMSDOBinaryArrayAddData(SMSDOBinary *array, uint32_t *sizeInOut, const SMSDOBinary *binary,
+uint32_t SMSDOBinaryArrayInitHeader(SMSDOBinaryArray *array, uint32_t bufferSize);
+uint32_t SMSDOBinaryArrayAddData(SMSDOBinaryArray *array, uint32_t *sizeInOut, const SMSDOBinary *binary,
                                  uint32_t binarySize);
-uint32_t SMSDOBinaryArrayGetByIndex(const SMSDOBinary *array, uint32_t arraySize, uint32_t index, void *buffer,
+uint32_t SMSDOBinaryArrayGetByIndex(const SMSDOBinaryArray *array, uint32_t arraySize, uint32_t index, void *buffer,
                                     uint32_t *sizeInOut);
-uint32_t SMSDOConfigArrayToBinaryArray(SMSDOConfig *const *configs, int32_t configCount, SMSDOBinary *array,
+uint32_t SMSDOConfigArrayToBinaryArray(SMSDOConfig *const *configs, int32_t configCount, SMSDOBinaryArray *array,
                                        uint32_t *sizeInOut);
-uint32_t SMSDOBinaryArrayToConfigArray(const SMSDOBinary *array, SMSDOConfig **configs, uint32_t *countInOut);
+uint32_t SMSDOBinaryArrayToConfigArray(const SMSDOBinaryArray *array, SMSDOConfig **configs, uint32_t *countInOut);
 
 } // namespace qzvest
 

@@ -1,3 +1,5 @@
+// Reading a block in document order, by callbacks.
+
 #include "sdo/entry.h"
 #include "sdo/flat.h"
 #include "sdo/sdo.h"
@@ -5,7 +7,7 @@
 namespace qzvest {
 namespace {
 
-uint32_t WalkElements(const SMSDOBinary *array, uint32_t count, const SDOWalkCallbacks &callbacks, uint64_t cookie,
+uint32_t WalkElements(const SMSDOBinaryArray *array, uint32_t count, const SDOWalkCallbacks &callbacks, uint64_t cookie,
                       int16_t recurse)
 {
     const uint8_t *element = BytesOf(array) + sizeof(FlatHeader);
@@ -18,35 +20,42 @@ uint32_t WalkElements(const SMSDOBinary *array, uint32_t count, const SDOWalkCal
     return SM_STATUS_OK;
 }
 
-// ends: what the last entryEnd gave. A status that ends the walk is returned.
-uint32_t WalkEntry(const uint8_t *descriptor, const SDOWalkCallbacks &callbacks, int16_t recurse, uint32_t *ends)
+// What entryEnd and the next entry of one block are told by their predecessors.
+struct EntryState {
+    uint64_t childCookie;  // stays from entry to entry: who uses cookies sets it each time
+    uint32_t lastEntryEnd; // what the last entryEnd gave
+};
+
+// A status other than SM_STATUS_OK ends the walk.
+uint32_t WalkEntry(const uint8_t *descriptor, const SDOWalkCallbacks &callbacks, int16_t recurse, EntryState *state)
 {
     const auto entry = LoadAs<SMSDOBinaryEntry>(descriptor);
     const FlatValue value = ValueOf(descriptor);
     const uint8_t kind = KindOf(entry.type);
-    uint64_t childCookie; // left to the callback: who uses cookies sets it
-    uint32_t status = callbacks.entry(callbacks.context, &childCookie, entry.id, entry.type >> 6, (entry.type >> 5) & 1,
-                                      (entry.type >> 4) & 1, kind, value.size, value.bytes);
+    uint32_t status = callbacks.entry(callbacks.context, &state->childCookie, entry.id, entry.type >> 6,
+                                      (entry.type >> 5) & 1, (entry.type >> 4) & 1, kind, value.size, value.bytes);
     if (status != SM_STATUS_OK)
         return status;
     if (kind == SM_SDO_KIND_FLAT && recurse == 1) {
-        status = SMSDOBinaryWalk(value.bytes, callbacks, childCookie, SM_SDO_NO_INDEX, recurse, true);
+        status = SMSDOBinaryWalk(value.bytes, callbacks, state->childCookie, SM_SDO_NO_INDEX, recurse, true);
         if (status != SM_STATUS_OK)
             return status;
     }
     if (callbacks.entryEnd != nullptr)
-        *ends = callbacks.entryEnd(callbacks.context, childCookie);
+        state->lastEntryEnd = callbacks.entryEnd(callbacks.context, state->childCookie);
     return SM_STATUS_OK;
 }
 
 uint32_t WalkEntries(const SMSDOBinary *object, uint32_t count, const SDOWalkCallbacks &callbacks, int16_t recurse,
-                     uint32_t *ends)
+                     uint32_t *lastEntryEnd)
 {
+    EntryState state{0, SM_STATUS_OK};
     for (uint32_t i = 0; i < count; ++i) {
-        const uint32_t status = WalkEntry(DescriptorAt(object, i), callbacks, recurse, ends);
+        const uint32_t status = WalkEntry(DescriptorAt(object, i), callbacks, recurse, &state);
         if (status != SM_STATUS_OK)
             return status;
     }
+    *lastEntryEnd = state.lastEntryEnd;
     return SM_STATUS_OK;
 }
 
@@ -67,14 +76,14 @@ uint32_t SMSDOBinaryWalk(const SMSDOBinary *binary, const SDOWalkCallbacks &call
     if (status != SM_STATUS_OK)
         return status;
 
-    uint32_t ends = SM_STATUS_OK;
+    uint32_t lastEntryEnd = SM_STATUS_OK;
     if (visitChildren) {
         status = isArray != 0 ? WalkElements(binary, header.count, callbacks, cookie, recurse)
-                              : WalkEntries(binary, header.count, callbacks, recurse, &ends);
+                              : WalkEntries(binary, header.count, callbacks, recurse, &lastEntryEnd);
         if (status != SM_STATUS_OK)
             return status;
     }
-    return callbacks.objectEnd != nullptr ? callbacks.objectEnd(callbacks.context, cookie, isArray) : ends;
+    return callbacks.objectEnd != nullptr ? callbacks.objectEnd(callbacks.context, cookie, isArray) : lastEntryEnd;
 }
 
 } // namespace qzvest

@@ -28,8 +28,8 @@ SM_EXPORT void *SMAllocMem(uint32_t size);
 /* SMReAllocMem - change the size of a block, as realloc does.
  *   ptr   a block of this heap, or NULL for a new one
  *   size  bytes wanted
- * Returns the block, which may have moved, or NULL on failure with the old block kept. A size of 0 does
- * what the C library's realloc does with it: the block is freed and NULL comes back. */
+ * Returns the block, which may have moved, or NULL on failure with the old block kept. A block given with size
+ * 0 is freed, and NULL comes back. */
 SM_EXPORT void *SMReAllocMem(void *ptr, uint32_t size);
 
 /* SMFreeMem, SMFreeGeneric - end a block that any call of this library handed out.

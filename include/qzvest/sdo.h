@@ -21,6 +21,9 @@
  * checked against anything, so a block from a source that is not trusted must be checked before it is given
  * to any call here.
  *
+ * Nesting costs stack: about 200 bytes a level to flatten, rebuild, walk and free. A block can hold some 4000
+ * levels, more than a thread with a small stack can take.
+ *
  * Sizes are in bytes. A size word (sizeInOut) holds the buffer's size on entry.
  * Threads: objects and blocks have no lock. A block may be read by many threads as long as none changes it;
  * whoever shares an object guards it. */
@@ -44,7 +47,7 @@ SM_EXPORT SMSDOConfig *SMSDOConfigAlloc(void);
 /* SMSDOConfigFree - end an object, its entries and every nested object that it owns. Nothing for NULL. */
 SM_EXPORT void SMSDOConfigFree(SMSDOConfig *config);
 
-/* SMSDOConfigGetCount - the number of entries; 0xFFFFFFFF for NULL. */
+/* SMSDOConfigGetCount - the number of entries; SM_SDO_NO_COUNT for NULL. */
 SM_EXPORT uint32_t SMSDOConfigGetCount(const SMSDOConfig *config);
 
 /* SMSDOConfigAddData - put one value into an object.
@@ -64,13 +67,14 @@ SM_EXPORT uint32_t SMSDOConfigGetCount(const SMSDOConfig *config);
  *   SM_STATUS_INVALID_PARAMETER (NULL, bad id, size or type, a flat value that is no block, a NULL or the
  *     object itself among nested objects);
  *   SM_STATUS_NO_MEMORY;
- *   for a flat value also SM_STATUS_FAILED (it, or an element of it, cannot be rebuilt) and SM_STATUS_BAD_FORMAT
- *     (an element is no flat object).
+ *   for a flat value also SM_STATUS_FAILED (it, or an element of it, cannot be rebuilt, be it for lack of memory)
+ *     and SM_STATUS_BAD_FORMAT (an element is no flat object).
  * On failure the object is as it was.
  * Ownership: plain data is copied. Nested objects pass to config on success and stay with the caller on
- * failure. When nested objects replace nested objects and the first size bytes of the two values differ, the
- * old objects are freed, also those that the new table names again; when they are the same, and when a plain
- * value replaces nested objects, the old objects are not freed. */
+ * failure; what was rebuilt from a flat value is freed on failure, but for an object rebuilt for a config that
+ * has 65535 entries already. When nested objects replace nested objects and the first size bytes of the two values
+ * differ, the old objects are freed, also those that the new table names again; when they are the same, and when a
+ * plain value replaces nested objects, the old objects are not freed. */
 SM_EXPORT uint32_t SMSDOConfigAddData(SMSDOConfig *config, uint16_t id, uint8_t type, const void *data, uint32_t size,
                                       int16_t replace);
 
@@ -80,8 +84,9 @@ SM_EXPORT uint32_t SMSDOConfigAddData(SMSDOConfig *config, uint16_t id, uint8_t 
  *   sizeInOut  in: size of buffer; out: size of the value
  * Returns SM_STATUS_OK, SM_STATUS_BUFFER_TOO_SMALL (buffer NULL or short; typeOut and sizeInOut are set all
  *   the same), SM_STATUS_NOT_FOUND, SM_STATUS_INVALID_PARAMETER (config or sizeInOut NULL, bad id).
- * Ownership: for nested objects the value is the pointers; the objects stay the parent's. A nested object
- * that is changed behind its parent's back makes the parent's flattening fail. */
+ * Ownership: for nested objects the value is the pointers; the objects stay the parent's. Their size must not
+ * change there: the parent keeps the flat size that they had when they were added, cannot be flattened when
+ * theirs is another, and subtracts the new one when they are removed or replaced. */
 SM_EXPORT uint32_t SMSDOConfigGetDataByID(const SMSDOConfig *config, uint16_t id, uint8_t *typeOut, void *buffer,
                                           uint32_t *sizeInOut);
 
@@ -106,7 +111,8 @@ SM_EXPORT uint32_t SMSDOConfigGetBinarySize(const SMSDOConfig *config);
 
 /* SMSDOConfigReCalcBinarySize - recompute and store the size. The sum is not the one that the other calls
  * keep: values of up to 4 bytes add their length to their descriptor's 8, and a nested array's header is left
- * out. An object whose size changes by this can no longer be flattened, cloned or compared as equal.
+ * out. An object to which that makes a difference can no longer be flattened, cloned or compared as equal. Nested
+ * objects count with the size that they have now.
  * Returns the new size; 0 for NULL. */
 SM_EXPORT uint32_t SMSDOConfigReCalcBinarySize(SMSDOConfig *config);
 
@@ -125,8 +131,9 @@ SM_EXPORT uint32_t SMSDOConfigCompareByValue(const SMSDOConfig *a, const SMSDOCo
  *   SM_STATUS_BUFFER_TOO_SMALL (sizeInOut stays as it is: ask SMSDOConfigGetBinarySize);
  *   SM_STATUS_INVALID_PARAMETER (a NULL);
  *   SM_STATUS_FAILED (the bytes to write are not the size that the object keeps, because a nested object was
- *     changed or the size recalculated, or memory ran out; the buffer's content is undefined, sizeInOut holds
- *     the bytes it came to). Nothing is written beyond the buffer in any case. */
+ *     changed or the size recalculated; or they are more than 65535; or memory ran out over a nested object. The
+ *     buffer's content is undefined, sizeInOut holds the bytes it came to). Nothing is written beyond the buffer
+ *     in any case. */
 SM_EXPORT uint32_t SMSDOConfigToBinary(const SMSDOConfig *config, void *buffer, uint32_t *sizeInOut);
 
 /* SMSDOConfigArrayToBinaryArray - flatten objects into a flat array.
@@ -137,21 +144,25 @@ SM_EXPORT uint32_t SMSDOConfigToBinary(const SMSDOConfig *config, void *buffer, 
  *                to which the caller adds SM_SDO_HEADER_SIZE
  * Returns SM_STATUS_OK, also when the array was too small: elements from the first that did not fit are left
  *     out then, and sizeInOut says how much all would take;
- *   SM_STATUS_BUFFER_TOO_SMALL (array below 8 bytes, or the total would exceed 65535);
+ *   SM_STATUS_BUFFER_TOO_SMALL (array below 8 bytes; or it has room for more than the 65535 bytes that an array
+ *     can have, and the objects come to more);
  *   SM_STATUS_INVALID_PARAMETER (configs or sizeInOut NULL);
- *   SM_STATUS_NO_MEMORY, SM_STATUS_FAILED (an object cannot be flattened). On failure sizeInOut stays. */
-SM_EXPORT uint32_t SMSDOConfigArrayToBinaryArray(SMSDOConfig *const *configs, int32_t configCount, SMSDOBinary *array,
-                                                 uint32_t *sizeInOut);
+ *   SM_STATUS_NO_MEMORY, SM_STATUS_FAILED (an object cannot be flattened). On these failures sizeInOut stays, and
+ *     array holds the objects before the one that failed. */
+SM_EXPORT uint32_t SMSDOConfigArrayToBinaryArray(SMSDOConfig *const *configs, int32_t configCount,
+                                                 SMSDOBinaryArray *array, uint32_t *sizeInOut);
 
 /* ---- Flat objects ---- */
 
 /* SMSDOBinaryToConfig - rebuild an object from a flat one.
  *   binary  trusted, see above
- * Returns the object, which is the caller's, or NULL: not a flat object, an ID that is bad or there twice, an
- * entry of type 0 or of kind SM_SDO_KIND_OBJECT, no memory. */
+ * Returns the object, which is the caller's, or NULL: not a flat object; an ID that is bad or there twice; an
+ * entry of type 0, of kind SM_SDO_KIND_OBJECT or of length 0; a nested value that is no block or cannot be
+ * rebuilt; more than 65535 bytes in all; no memory. */
 SM_EXPORT SMSDOConfig *SMSDOBinaryToConfig(const SMSDOBinary *binary);
 
-/* SMSDOBinaryGetCount - entries of a flat object, or elements of a flat array; 0xFFFFFFFF for anything else.
+/* SMSDOBinaryGetCount - entries of a flat object, or elements of a flat array; SM_SDO_NO_COUNT for anything
+ * else.
  * SMSDOBinaryGetSize - bytes of the whole block; 0 for anything else.
  *   isArrayOut  takes 1 for a flat array, else 0; or NULL */
 SM_EXPORT uint32_t SMSDOBinaryGetCount(const SMSDOBinary *binary, uint16_t *isArrayOut);
@@ -161,7 +172,8 @@ SM_EXPORT uint32_t SMSDOBinaryGetSize(const SMSDOBinary *binary, uint16_t *isArr
  *   typeOut    takes the type byte, or NULL
  *   buffer     takes the value, or NULL to ask for the size
  *   sizeInOut  in: size of buffer; out: size of the value. A value of up to 4 bytes counts as 4 here and is
- *              copied with the zeros behind it; SMSDOBinaryGetDataByIndex tells its true length.
+ *              copied with what stands behind it, zeros unless SMSDOBinarySetData made it shorter;
+ *              SMSDOBinaryGetDataByIndex tells its true length.
  * Returns SM_STATUS_OK, SM_STATUS_BUFFER_TOO_SMALL (buffer NULL or short; sizeInOut is set, typeOut is not),
  *   SM_STATUS_NOT_FOUND, SM_STATUS_BAD_FORMAT (not a flat object), SM_STATUS_INVALID_PARAMETER (binary or
  *   sizeInOut NULL, bad id). */
@@ -182,24 +194,29 @@ SM_EXPORT uint32_t SMSDOBinaryGetDataByIndex(const SMSDOBinary *binary, uint32_t
  *   sizeInOut  in: bytes of memory at binary, at least 16; out: the block's size
  *   id, type   as in the block
  *   data       the new value, not NULL; for nested entries a flat block
- *   size       bytes at data. A short value written over a short one leaves the old bytes behind it.
+ *   size       bytes at data. A short value written over a short one leaves the old bytes behind it; size 0 there
+ *              leaves all four bytes and makes the length 4, elsewhere it is SM_STATUS_INVALID_PARAMETER. A
+ *              value as long as the old one is copied as it is, a nested block too.
  * Returns SM_STATUS_OK;
  *   SM_STATUS_BUFFER_TOO_SMALL (sizeInOut below 16; or too small for the new block: the needed size is stored;
  *     or the block cannot be rebuilt or memory ran out doing so);
  *   SM_STATUS_NOT_FOUND (no such ID, or its type is another);
  *   SM_STATUS_INVALID_PARAMETER (a NULL, bad id, type 0, not a flat object);
- *   SM_STATUS_NO_MEMORY, and what SMSDOConfigAddData gives. On failure the block is as it was. */
+ *   SM_STATUS_LIMIT_REACHED (the new block would exceed 65535 bytes), SM_STATUS_NO_MEMORY, SM_STATUS_FAILED,
+ *   SM_STATUS_BAD_FORMAT, as SMSDOConfigAddData gives them.
+ * On failure the block is as it was, and sizeInOut too where nothing else is said. */
 SM_EXPORT uint32_t SMSDOBinarySetData(SMSDOBinary *binary, uint32_t *sizeInOut, uint16_t id, uint8_t type,
                                       const void *data, uint32_t size);
 
-/* SMSDOBinaryWalk - read a whole block in order of its bytes, by callbacks (types.h).
+/* SMSDOBinaryWalk - read a whole block in document order, by callbacks (types.h).
  *   binary       flat object or flat array
  *   context      handed to the callbacks
  *   objectBegin, entry     must not be NULL
  *   entryEnd, objectEnd    may be NULL
  *   recurse      1: nested blocks and elements of arrays are walked too; else they are only shown
  * A non-zero status of a callback ends the walk, but for entryEnd, whose last status counts only where there is
- * no objectEnd. A block without entries makes no callback at all.
+ * no objectEnd: it is then the result of its block, and so ends the walk when the block is nested or an element.
+ * A block without entries makes no callback at all.
  * Returns what ended the walk, what the last callback gave, SM_STATUS_OK, or SM_STATUS_INVALID_PARAMETER (no
  *   block, also for a nested one). */
 SM_EXPORT uint32_t SMSDOBinaryWalk(const SMSDOBinary *binary, void *context, SMSDOObjectBeginCallback objectBegin,
@@ -211,17 +228,17 @@ SM_EXPORT uint32_t SMSDOBinaryWalk(const SMSDOBinary *binary, void *context, SMS
 /* SMSDOBinaryArrayInitHeader - write an empty flat array.
  *   bufferSize  bytes at array, at least 8
  * Returns SM_STATUS_OK, SM_STATUS_BUFFER_TOO_SMALL, SM_STATUS_INVALID_PARAMETER (NULL). */
-SM_EXPORT uint32_t SMSDOBinaryArrayInitHeader(SMSDOBinary *array, uint32_t bufferSize);
+SM_EXPORT uint32_t SMSDOBinaryArrayInitHeader(SMSDOBinaryArray *array, uint32_t bufferSize);
 
 /* SMSDOBinaryArrayAddData - append a flat object to a flat array. Steps over all elements to find the end.
  *   sizeInOut   in: bytes of memory at array; stays as it is on success
- *   binary      copied, not checked
+ *   binary      copied, not checked; it must be a flat object, or the elements behind it are lost
  *   binarySize  its bytes
  * Returns SM_STATUS_OK;
- *   SM_STATUS_BUFFER_TOO_SMALL (below 16 bytes; or too small: the needed size is stored in sizeInOut; or the
- *     array would reach 65536 bytes: sizeInOut stays);
+ *   SM_STATUS_BUFFER_TOO_SMALL (below 16 bytes: sizeInOut stays; or too small: the needed size is stored there; or
+ *     the array would reach 65536 bytes: sizeInOut stays);
  *   SM_STATUS_INVALID_PARAMETER (a NULL, not a flat array). On failure the array is as it was. */
-SM_EXPORT uint32_t SMSDOBinaryArrayAddData(SMSDOBinary *array, uint32_t *sizeInOut, const SMSDOBinary *binary,
+SM_EXPORT uint32_t SMSDOBinaryArrayAddData(SMSDOBinaryArray *array, uint32_t *sizeInOut, const SMSDOBinary *binary,
                                            uint32_t binarySize);
 
 /* SMSDOBinaryArrayGetByIndex - copy one element out. Steps over the elements before it.
@@ -232,19 +249,21 @@ SM_EXPORT uint32_t SMSDOBinaryArrayAddData(SMSDOBinary *array, uint32_t *sizeInO
  * Returns SM_STATUS_OK, SM_STATUS_BUFFER_TOO_SMALL (buffer NULL or short), SM_STATUS_NOT_FOUND (index at or beyond
  *   the count), SM_STATUS_BAD_FORMAT (not a flat array, or the element is no flat object),
  *   SM_STATUS_INVALID_PARAMETER (array or sizeInOut NULL). */
-SM_EXPORT uint32_t SMSDOBinaryArrayGetByIndex(const SMSDOBinary *array, uint32_t arraySize, uint32_t index,
+SM_EXPORT uint32_t SMSDOBinaryArrayGetByIndex(const SMSDOBinaryArray *array, uint32_t arraySize, uint32_t index,
                                               void *buffer, uint32_t *sizeInOut);
 
 /* SMSDOBinaryArrayToConfigArray - rebuild every element.
  *   configs     table that takes the objects, which are the caller's; it must be cleared beforehand
- *   countInOut  in: slots of the table; out: objects in it
+ *   countInOut  in: slots of the table, read as a signed number; out: objects in it
  * Returns SM_STATUS_OK;
  *   SM_STATUS_BUFFER_TOO_SMALL (too few slots: the count needed is stored);
  *   SM_STATUS_BAD_FORMAT (not a flat array, or an element is no flat object);
- *   SM_STATUS_INVALID_PARAMETER (a NULL), SM_STATUS_NO_MEMORY, SM_STATUS_FAILED (an element cannot be rebuilt).
+ *   SM_STATUS_INVALID_PARAMETER (a NULL; configs may be NULL for an empty array);
+ *   SM_STATUS_NO_MEMORY, SM_STATUS_FAILED (an element cannot be rebuilt, be it for lack of memory).
  * After the last two, and after a bad element, every object in the whole table is freed and its slot
  * cleared. */
-SM_EXPORT uint32_t SMSDOBinaryArrayToConfigArray(const SMSDOBinary *array, SMSDOConfig **configs, uint32_t *countInOut);
+SM_EXPORT uint32_t SMSDOBinaryArrayToConfigArray(const SMSDOBinaryArray *array, SMSDOConfig **configs,
+                                                 uint32_t *countInOut);
 
 #ifdef __cplusplus
 }

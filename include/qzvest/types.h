@@ -6,7 +6,6 @@
 #ifndef QZVEST_TYPES_H
 #define QZVEST_TYPES_H
 
-#include <stddef.h>
 #include <stdint.h>
 
 #ifdef __cplusplus
@@ -35,7 +34,7 @@ typedef SMRedBlackTreeNode *SMRedBlackTree;
 typedef int32_t (*SMCompareCallback)(void *key, void *data);
 
 /* Looks at one element: 0 stops the walk and selects this data. For what other values do see
- * SMRedBlackTreeDataWalk. */
+ * SM_RBT_WALK_SEARCH and SM_RBT_WALK_STEERED below. */
 typedef int32_t (*SMVisitCallback)(void *context, void *data);
 
 /* Told of an element that is going; the result is not looked at. */
@@ -67,8 +66,12 @@ enum {
 enum { SM_SDO_HEADER_SIZE = 8 }; /* bytes of an empty flat object or array */
 
 /* A flat object ("BODS") or flat array ("BADS"): one block of bytes without pointers, which may lie at
- * any address. Its form is told in sdo.h. */
+ * any address. Its form is told in sdo.h. Where only an array will do, it is called SMSDOBinaryArray. */
 typedef void SMSDOBinary;
+typedef void SMSDOBinaryArray;
+
+#define SM_SDO_NO_INDEX UINT32_C(0xFFFFFFFF) /* the arrayIndex of a block in no array */
+#define SM_SDO_NO_COUNT UINT32_C(0xFFFFFFFF) /* the count of what has none: NULL, or no block */
 
 /* Callbacks of SMSDOBinaryWalk. Each returns SM_STATUS_OK to go on. */
 
@@ -93,8 +96,6 @@ typedef uint32_t (*SMSDOEntryEndCallback)(void *context, uint64_t childCookie);
 
 /* A block is done; its objectBegin had the same cookie. */
 typedef uint32_t (*SMSDOObjectEndCallback)(void *context, uint64_t cookie, uint16_t isArray);
-
-#define SM_SDO_NO_INDEX 0xFFFFFFFFu
 
 #ifdef __cplusplus
 }
