@@ -1,0 +1,68 @@
+#!/bin/sh
+# Builds the library and shows it at work on this machine. From any folder, as root or as ordinary user.
+set -eu
+
+cd -- "$(dirname -- "$(readlink -f -- "$0")")"
+build=build/demo
+log=$build/demo.log
+
+fail() {
+    printf 'demo.sh: %s\n' "$*" >&2
+    exit 1
+}
+
+# Runs a command quietly; what it printed is shown when it fails.
+quietly() {
+    what=$1
+    shift
+    if ! "$@" >"$log" 2>&1; then
+        cat "$log" >&2
+        fail "$what failed; the lines above say why"
+    fi
+}
+
+as_root() {
+    if [ "$(id -u)" -eq 0 ]; then
+        "$@"
+    else
+        sudo "$@"
+    fi
+}
+
+missing_packages() {
+    command -v cmake >/dev/null || printf 'cmake '
+    command -v ninja >/dev/null || printf 'ninja-build '
+    { command -v c++ && command -v cc; } >/dev/null || printf 'g++ '
+}
+
+install_missing() {
+    packages=$(missing_packages)
+    [ -n "$packages" ] || return 0
+    command -v apt-get >/dev/null || fail "please install: $packages(there is no apt-get here to do it)"
+    [ "$(id -u)" -eq 0 ] || command -v sudo >/dev/null || fail "please install, as root: $packages"
+    printf 'Installing Debian packages, which stay installed: %s\n' "$packages"
+    [ "$(id -u)" -eq 0 ] || sudo -v || fail "please install, as root: $packages"
+    quietly 'apt-get update' as_root apt-get -q update
+    # shellcheck disable=SC2086 # a list of names
+    quietly 'apt-get install' as_root env DEBIAN_FRONTEND=noninteractive \
+        apt-get -q -y --no-install-recommends install $packages
+}
+
+printf '%s\n' \
+    'This builds libqzvest and two small programs, a service and a client, and runs them once.' \
+    'The service asks this machine about itself and hands the answers to the client as one block' \
+    'of bytes. Both read only, need no special rights, open no port and end when they are done.' \
+    "What is left behind: $PWD/$build, and Debian packages only where it says so." ''
+
+if ! mkdir -p "$build" 2>/dev/null || [ ! -w "$build" ]; then
+    fail "cannot write to $PWD/$build; if it belongs to another user, that one can remove it"
+fi
+install_missing
+# The release preset without tests and benchmarks, whose packages a bare machine lacks. Fresh, because the
+# folder may have been moved or the compiler changed since the last time.
+quietly 'Preparing the build' cmake --preset release --fresh -B "$build" -DQZVEST_TESTS=OFF -DQZVEST_BENCH=OFF
+quietly 'The build' cmake --build "$build"
+
+"$build/examples/service"
+
+printf '\n%s\n' "Again without building: $PWD/$build/examples/service"

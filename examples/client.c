@@ -1,0 +1,184 @@
+/* The demo's client: receives a block on its standard input, reads it where it lies, walks it, patches it, and
+ * rebuilds the object from it.
+ *
+ * A block is trusted by whoever reads it, and so this one must come from the service that started us. */
+#include "client.h"
+#include "machine.h"
+
+#include <qzvest/sdo.h>
+
+#include <errno.h>
+#include <inttypes.h>
+#include <stdio.h>
+#include <stdlib.h>
+#include <string.h>
+#include <unistd.h>
+
+int ClientFailed(const char *what, uint32_t status)
+{
+    (void)fflush(stdout);
+    (void)fprintf(stderr, "client: %s failed with status %" PRIu32 "\n", what, status);
+    return 0;
+}
+
+static int SystemFailed(const char *what, const char *why)
+{
+    (void)fflush(stdout);
+    (void)fprintf(stderr, "client: %s: %s\n", what, why);
+    return 0;
+}
+
+static int ReadFully(void *buffer, size_t size)
+{
+    for (char *next = buffer; size > 0;) {
+        const ssize_t got = read(STDIN_FILENO, next, size);
+        if (got == 0) {
+            return SystemFailed("receiving the block", "the input ended too soon");
+        }
+        if (got < 0 && errno != EINTR) {
+            return SystemFailed("receiving the block", strerror(errno));
+        }
+        if (got > 0) {
+            next += got;
+            size -= (size_t)got;
+        }
+    }
+    return 1;
+}
+
+/* A block tells its own size in its first 8 bytes, so nothing else goes over the wire. */
+static int Receive(Block *block)
+{
+    uint8_t header[SM_SDO_HEADER_SIZE];
+    uint16_t isArray;
+    if (!ReadFully(header, sizeof header)) {
+        return 0;
+    }
+    block->room = SMSDOBinaryGetSize(header, &isArray);
+    if (block->room < sizeof header || isArray) {
+        return SystemFailed("receiving the block", "what came is no flat object");
+    }
+    block->bytes = malloc(block->room);
+    if (block->bytes == NULL) {
+        return ClientFailed("getting memory for the block", SM_STATUS_NO_MEMORY);
+    }
+    memcpy(block->bytes, header, sizeof header);
+    return ReadFully((uint8_t *)block->bytes + sizeof header, block->room - sizeof header);
+}
+
+/* A copy of the nested block under id, which the caller frees. 1 with NULL when there is no such entry. */
+static int ReadNested(const SMSDOBinary *block, uint16_t id, void **nestedOut)
+{
+    uint32_t size = 0;
+    *nestedOut = NULL;
+    uint32_t status = SMSDOBinaryGetDataByID(block, id, NULL, NULL, &size);
+    if (status == SM_STATUS_NOT_FOUND) {
+        return 1;
+    }
+    if (status == SM_STATUS_BUFFER_TOO_SMALL) { /* the answer to the question for the size */
+        void *nested = malloc(size);
+        status = nested == NULL ? SM_STATUS_NO_MEMORY : SMSDOBinaryGetDataByID(block, id, NULL, nested, &size);
+        if (status == SM_STATUS_OK) {
+            *nestedOut = nested;
+            return 1;
+        }
+        free(nested);
+    }
+    return ClientFailed("reading a nested block", status);
+}
+
+/* Prints one value of a block under a name; nothing where the block lacks it. */
+static int PrintValue(const char *name, const SMSDOBinary *block, uint16_t id)
+{
+    char value[SHOWN];
+    char shown[SHOWN];
+    uint8_t type;
+    uint32_t size = sizeof value;
+    const uint32_t status = SMSDOBinaryGetDataByID(block, id, &type, value, &size);
+    if (status == SM_STATUS_NOT_FOUND) {
+        return 1;
+    }
+    if (status != SM_STATUS_OK) {
+        return ClientFailed(name, status);
+    }
+    ShowValue(shown, type & SM_SDO_KIND_MASK, value, size);
+    printf("  %-24s %s\n", name, shown);
+    return 1;
+}
+
+/* One value of the object that is nested under id. */
+static int PrintNestedValue(const char *name, const SMSDOBinary *block, uint16_t id, uint16_t valueId)
+{
+    void *nested;
+    if (!ReadNested(block, id, &nested)) {
+        return 0;
+    }
+    const int printed = nested == NULL || PrintValue(name, nested, valueId);
+    free(nested);
+    return printed;
+}
+
+/* The room left on each element of the array of file systems. */
+static int PrintRoom(const SMSDOBinary *array)
+{
+    static char element[UINT16_MAX]; /* no block is larger */
+    char name[SHOWN];
+    const uint32_t count = SMSDOBinaryGetCount(array, NULL);
+    for (uint32_t i = 0; i < count; ++i) {
+        char point[SHOWN];
+        uint32_t size = sizeof element;
+        uint32_t status = SMSDOBinaryArrayGetByIndex(array, 0, i, element, &size);
+        if (status != SM_STATUS_OK) {
+            return ClientFailed("SMSDOBinaryArrayGetByIndex", status);
+        }
+        size = sizeof point;
+        status = SMSDOBinaryGetDataByID(element, MACHINE_ID_MOUNT_POINT, NULL, point, &size);
+        if (status != SM_STATUS_OK) {
+            return ClientFailed("reading a mount point", status);
+        }
+        ShowValue(name, MACHINE_TEXT, point, size);
+        (void)snprintf(point, sizeof point, "room on %.200s", name);
+        if (!PrintValue(point, element, MACHINE_ID_MOUNT_AVAILABLE)) {
+            return 0;
+        }
+    }
+    return 1;
+}
+
+static int PrintSingleValues(const SMSDOBinary *block)
+{
+    void *array;
+    if (!PrintValue("host name", block, MACHINE_ID_HOST) || !PrintValue("operating system", block, MACHINE_ID_SYSTEM) ||
+        !PrintNestedValue("load over 5 minutes", block, MACHINE_ID_LOAD, MACHINE_ID_LOAD_5) ||
+        !PrintNestedValue("memory available", block, MACHINE_ID_MEMORY, MACHINE_ID_MEMORY_AVAILABLE) ||
+        !ReadNested(block, MACHINE_ID_FILE_SYSTEMS, &array)) {
+        return 0;
+    }
+    const int printed = array == NULL || PrintRoom(array);
+    free(array);
+    return printed;
+}
+
+static int UseBlock(Block *block)
+{
+    printf("\nCLIENT, process %ld, received %" PRIu32 " bytes\n", (long)getpid(), block->room);
+    PrintHeading("What the block begins with");
+    PrintDump(block->bytes);
+    PrintHeading("Single values, read where they lie");
+    if (!PrintSingleValues(block->bytes)) {
+        return 0;
+    }
+    PrintHeading("The whole block, walked from front to back");
+    return PrintTree(block->bytes) && PatchAndCompare(block);
+}
+
+int main(void)
+{
+    Block block = {NULL, 0};
+    int done = Receive(&block) && UseBlock(&block);
+    free(block.bytes);
+    if (fflush(stdout) != 0 || ferror(stdout)) {
+        done = SystemFailed("writing to standard output", strerror(errno));
+    }
+    return done ? EXIT_SUCCESS : EXIT_FAILURE;
+}

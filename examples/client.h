@@ -1,0 +1,43 @@
+/* The client's own parts: show.c turns values into text for people, tree.c walks a block, patch.c changes
+ * one. Calls that return int give 1 when all went well and 0 after a message on standard error. */
+#ifndef EXAMPLES_CLIENT_H
+#define EXAMPLES_CLIENT_H
+
+#include <qzvest/types.h>
+
+/* A flat object in memory of its own. */
+typedef struct Block {
+    void *bytes;
+    uint32_t room; /* bytes of memory, at least the block's size */
+} Block;
+
+enum { SHOWN = 512 }; /* room for a value as text */
+
+/* Prints what failed, with the library's status; always 0. */
+int ClientFailed(const char *what, uint32_t status);
+
+void PrintHeading(const char *text);
+
+/* The vocabulary's name of an ID, NULL for one that it lacks. */
+const char *LabelOf(uint16_t id);
+
+/* The name of a kind, the library's two included. */
+const char *KindName(uint8_t kind, int isArray);
+
+/* A value as a person reads it: text of at most SHOWN bytes. What kind and size do not explain becomes hex. */
+void ShowValue(char *shown, uint8_t kind, const void *data, uint32_t size);
+
+/* A number of bytes with its unit. */
+void ShowBytes(char *shown, uint64_t bytes);
+
+/* Prints the header and the first descriptors byte for byte, and what they mean. */
+void PrintDump(const SMSDOBinary *block);
+
+/* Prints every entry of the block, nested ones indented. */
+int PrintTree(const SMSDOBinary *block);
+
+/* Changes two values of the block and sets them back, and compares what is rebuilt from the block each time with
+ * the object as it was received. */
+int PatchAndCompare(Block *block);
+
+#endif

@@ -1,0 +1,66 @@
+/* The service's own parts: facts.c and mounts.c ask the machine, describe.c puts the answers into an object. */
+#ifndef EXAMPLES_SERVICE_H
+#define EXAMPLES_SERVICE_H
+
+#include <qzvest/types.h>
+
+enum { FACT_TEXT = 256, FACT_FILE_SYSTEMS = 16 };
+
+typedef struct FileSystemFacts {
+    uint64_t device; /* what stat calls it; tells two mounts of one file system */
+    uint64_t size;   /* bytes, as the three below */
+    uint64_t used;
+    uint64_t available;
+    char point[FACT_TEXT];
+    char type[FACT_TEXT];
+    char source[FACT_TEXT];
+    uint8_t readOnly;
+} FileSystemFacts;
+
+/* What is known of this machine. A fact that the machine does not tell is an empty text, or a group with
+ * known 0, and simply not in the object. */
+typedef struct MachineFacts {
+    char host[FACT_TEXT];
+    char system[FACT_TEXT];
+    char kernel[FACT_TEXT];
+    uint32_t processors;
+    struct {
+        int known;
+        uint64_t seconds;
+    } uptime;
+    struct {
+        int known;
+        uint32_t hundredths[3]; /* over 1, 5 and 15 minutes */
+        uint32_t runnable;
+        uint32_t tasks;
+    } load;
+    struct {
+        int known;
+        uint64_t total; /* bytes, all five */
+        uint64_t available;
+        uint64_t cached;
+        uint64_t swapTotal;
+        uint64_t swapFree;
+    } memory;
+    FileSystemFacts fileSystems[FACT_FILE_SYSTEMS];
+    uint32_t fileSystemCount;
+    uint32_t fileSystemsLeftOut; /* beyond the room above */
+    uint32_t fileSystemsSilent;  /* mounted, but would not tell their size */
+} MachineFacts;
+
+/* Asks for everything, and prints a line for each thing that this machine does not tell. */
+void GatherFacts(MachineFacts *facts);
+
+/* The file systems alone. 1 when at least one is known. */
+int GatherFileSystems(MachineFacts *facts);
+
+/* Copies text, cut at a whole UTF-8 character where it is too long. */
+void CopyFact(char *fact, const char *text);
+
+/* The facts as an object, which is the caller's. NULL after a message when it could not be built. */
+SMSDOConfig *DescribeMachine(const MachineFacts *facts);
+
+/* Prints what failed, with the library's status. */
+void ServiceFailed(const char *what, uint32_t status);
+
+#endif
