@@ -1,7 +1,6 @@
 // A library that cannot start ends its process and says so in the system log, which is the sandbox's own here.
 #include <errno.h>
 #include <gtest/gtest.h>
-#include <poll.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <sys/wait.h>
