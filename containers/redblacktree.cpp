@@ -31,18 +31,20 @@ Node **LinkOf(SMRedBlackTree *tree, Node *node)
     return parent->left == node ? &parent->left : &parent->right;
 }
 
-// Each side of the tree mirrors the other: `near` and `far` name the child words as seen from one of them.
+// Each side of the tree mirrors the other: `near` and `far` name the child words as seen from one of them. They
+// are compiled in, so that each side is code of its own.
 using Side = Node *Node::*;
 
-Side OtherSide(Side side)
+constexpr Side OtherSide(Side side)
 {
     return side == &Node::left ? &Node::right : &Node::left;
 }
 
 // Lets node sink to its `near` side and its child on the far side rise into its place.
-void Rotate(SMRedBlackTree *tree, Node *node, Side near)
+template <Side near>
+void Rotate(SMRedBlackTree *tree, Node *node)
 {
-    const Side far = OtherSide(near);
+    constexpr Side far = OtherSide(near);
     Node *riser = node->*far;
     *LinkOf(tree, node) = riser;
     riser->parent = node->parent;
@@ -53,63 +55,78 @@ void Rotate(SMRedBlackTree *tree, Node *node, Side near)
     node->parent = riser;
 }
 
+// Node and parent, its grandparent's child on the `near` side, are both red. Gives the node that may have a red
+// parent now, or NULL when the rules hold again.
+template <Side near>
+Node *FixRedParent(SMRedBlackTree *tree, Node *node, Node *parent, Node *grandparent)
+{
+    constexpr Side far = OtherSide(near);
+    Node *uncle = grandparent->*far;
+    grandparent->color = SM_RBT_RED;
+    if (IsRed(uncle)) {
+        parent->color = SM_RBT_BLACK;
+        uncle->color = SM_RBT_BLACK;
+        return grandparent;
+    }
+    if (parent->*far == node) {
+        Rotate<near>(tree, parent);
+        parent = node;
+    }
+    parent->color = SM_RBT_BLACK;
+    Rotate<far>(tree, grandparent);
+    return nullptr;
+}
+
 void FixAfterInsert(SMRedBlackTree *tree, Node *node)
 {
-    while (IsRed(node->parent)) {
+    while (node != nullptr && IsRed(node->parent)) {
         Node *parent = node->parent;
         Node *grandparent = parent->parent; // there is one: a red node is not the root
-        const Side near = grandparent->left == parent ? &Node::left : &Node::right;
-        const Side far = OtherSide(near);
-        Node *uncle = grandparent->*far;
-        if (IsRed(uncle)) {
-            parent->color = SM_RBT_BLACK;
-            uncle->color = SM_RBT_BLACK;
-            grandparent->color = SM_RBT_RED;
-            node = grandparent;
-            continue;
-        }
-        if (parent->*far == node) {
-            Rotate(tree, parent, near);
-            parent = node;
-        }
-        parent->color = SM_RBT_BLACK;
-        grandparent->color = SM_RBT_RED;
-        Rotate(tree, grandparent, far);
-        break;
+        node = grandparent->left == parent ? FixRedParent<&Node::left>(tree, node, parent, grandparent)
+                                           : FixRedParent<&Node::right>(tree, node, parent, grandparent);
     }
     (*tree)->color = SM_RBT_BLACK;
+}
+
+// The way through parent's child on the `near` side lacks one black. Gives the node through which all ways lack
+// it now, or NULL when the rules hold again.
+template <Side near>
+Node *FixLackOfBlack(SMRedBlackTree *tree, Node *parent)
+{
+    constexpr Side far = OtherSide(near);
+    Node *sibling = parent->*far; // there is one: its side has the black that the other lacks
+    if (IsRed(sibling)) {
+        sibling->color = SM_RBT_BLACK;
+        parent->color = SM_RBT_RED;
+        Rotate<near>(tree, parent);
+        sibling = parent->*far;
+    }
+    if (!IsRed(sibling->left) && !IsRed(sibling->right)) {
+        sibling->color = SM_RBT_RED;
+        return parent;
+    }
+    if (!IsRed(sibling->*far)) {
+        (sibling->*near)->color = SM_RBT_BLACK;
+        sibling->color = SM_RBT_RED;
+        Rotate<far>(tree, sibling);
+        sibling = parent->*far;
+    }
+    sibling->color = parent->color;
+    parent->color = SM_RBT_BLACK;
+    (sibling->*far)->color = SM_RBT_BLACK;
+    Rotate<near>(tree, parent);
+    return nullptr;
 }
 
 // The way through node, a child of parent that may be absent, lacks one black.
 void FixAfterDelete(SMRedBlackTree *tree, Node *node, Node *parent)
 {
     while (parent != nullptr && !IsRed(node)) {
-        const Side near = parent->left == node ? &Node::left : &Node::right;
-        const Side far = OtherSide(near);
-        Node *sibling = parent->*far; // there is one: its side has the black that ours lacks
-        if (IsRed(sibling)) {
-            sibling->color = SM_RBT_BLACK;
-            parent->color = SM_RBT_RED;
-            Rotate(tree, parent, near);
-            sibling = parent->*far;
-        }
-        if (!IsRed(sibling->left) && !IsRed(sibling->right)) {
-            sibling->color = SM_RBT_RED;
-            node = parent;
-            parent = node->parent;
-            continue;
-        }
-        if (!IsRed(sibling->*far)) {
-            (sibling->*near)->color = SM_RBT_BLACK;
-            sibling->color = SM_RBT_RED;
-            Rotate(tree, sibling, far);
-            sibling = parent->*far;
-        }
-        sibling->color = parent->color;
-        parent->color = SM_RBT_BLACK;
-        (sibling->*far)->color = SM_RBT_BLACK;
-        Rotate(tree, parent, near);
-        break;
+        node = parent->left == node ? FixLackOfBlack<&Node::left>(tree, parent)
+                                    : FixLackOfBlack<&Node::right>(tree, parent);
+        if (node == nullptr)
+            break;
+        parent = node->parent;
     }
     if (node != nullptr)
         node->color = SM_RBT_BLACK;
@@ -143,10 +160,11 @@ TreePlace FindByKey(SMRedBlackTree *tree, void *key, SMCompareCallback compare)
     return TreeFind(tree, [=](void *data) { return compare(key, data); });
 }
 
-void *WalkInOrder(Node *node, void *context, SMVisitCallback visit, Side first)
+template <Side first>
+void *WalkInOrder(Node *node, void *context, SMVisitCallback visit)
 {
     for (; node != nullptr; node = node->*OtherSide(first)) {
-        if (void *selected = WalkInOrder(node->*first, context, visit, first))
+        if (void *selected = WalkInOrder<first>(node->*first, context, visit))
             return selected;
         if (visit(context, node->data) == 0)
             return node->data;
@@ -170,15 +188,15 @@ void *WalkSteered(Node *node, void *context, SMVisitCallback visit)
 
 } // namespace
 
-uint32_t TreeInsertAt(SMRedBlackTree *tree, TreePlace place, void *data)
+Node *TreeInsertAt(SMRedBlackTree *tree, TreePlace place, void *data)
 {
     auto *node = static_cast<Node *>(std::malloc(sizeof(Node)));
     if (node == nullptr)
-        return SM_STATUS_NO_MEMORY;
+        return nullptr;
     *node = {nullptr, nullptr, place.parent, data, SM_RBT_RED};
     *place.link = node;
     FixAfterInsert(tree, node);
-    return SM_STATUS_OK;
+    return node;
 }
 
 void SMRedBlackTreeAttach(SMRedBlackTree *tree)
@@ -205,7 +223,7 @@ uint32_t SMRedBlackTreeDataInsert(SMRedBlackTree *tree, void *data, void *key, S
     const TreePlace place = FindByKey(tree, key, compare);
     if (*place.link != nullptr)
         return SM_STATUS_ALREADY_EXISTS;
-    return TreeInsertAt(tree, place, data);
+    return TreeInsertAt(tree, place, data) != nullptr ? SM_STATUS_OK : SM_STATUS_NO_MEMORY;
 }
 
 void *SMRedBlackTreeDataReplace(SMRedBlackTree *tree, void *newData, void *key, SMCompareCallback compare)
@@ -252,9 +270,9 @@ void *SMRedBlackTreeDataWalk(SMRedBlackTree root, void *context, SMVisitCallback
     case SM_RBT_WALK_ROOT:
         return visit(context, root->data) == 0 ? root->data : nullptr;
     case SM_RBT_WALK_ASCENDING:
-        return WalkInOrder(root, context, visit, &Node::left);
+        return WalkInOrder<&Node::left>(root, context, visit);
     case SM_RBT_WALK_DESCENDING:
-        return WalkInOrder(root, context, visit, &Node::right);
+        return WalkInOrder<&Node::right>(root, context, visit);
     case SM_RBT_WALK_SEARCH: {
         Node *node = *TreeFind(&root, [=](void *data) { return visit(context, data); }).link;
         return node != nullptr ? node->data : nullptr;

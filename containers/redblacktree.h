@@ -39,8 +39,8 @@ inline TreePlace TreeFind(SMRedBlackTree *tree, Order order)
     return place;
 }
 
-// Puts data into an empty place of this tree. Gives SM_STATUS_OK or SM_STATUS_NO_MEMORY.
-uint32_t TreeInsertAt(SMRedBlackTree *tree, TreePlace place, void *data);
+// Puts data into an empty place of this tree. Gives its node, or NULL when memory runs out.
+SMRedBlackTreeNode *TreeInsertAt(SMRedBlackTree *tree, TreePlace place, void *data);
 
 // The walk in ascending order: for (node = TreeFirst(root); node != nullptr; node = TreeNext(node)).
 inline SMRedBlackTreeNode *TreeFirst(SMRedBlackTree root)
@@ -49,6 +49,13 @@ inline SMRedBlackTreeNode *TreeFirst(SMRedBlackTree root)
         return nullptr;
     while (root->left != nullptr)
         root = root->left;
+    return root;
+}
+
+inline SMRedBlackTreeNode *TreeLast(SMRedBlackTree root)
+{
+    while (root != nullptr && root->right != nullptr)
+        root = root->right;
     return root;
 }
 

@@ -54,6 +54,17 @@ void Replace(SMSDOConfig *config, SMRedBlackTreeNode *node, HeapPtr<SMSDOEntry> 
     node->data = entry.release();
 }
 
+// Objects are mostly filled in ascending order: behind the last entry there is nothing to search.
+TreePlace PlaceFor(SMSDOConfig *config, uint16_t id)
+{
+    if (config->last == nullptr)
+        config->last = TreeLast(config->root);
+    SMRedBlackTreeNode *last = config->last;
+    if (last != nullptr && static_cast<const SMSDOEntry *>(last->data)->id < id)
+        return {last, &last->right};
+    return EntryPlace(&config->root, id);
+}
+
 // Stores a value that is in its form for memory. On failure the config is as it was, and nested objects stay
 // with whoever gave them.
 uint32_t Store(SMSDOConfig *config, const Value &value, int16_t replace)
@@ -67,17 +78,19 @@ uint32_t Store(SMSDOConfig *config, const Value &value, int16_t replace)
     if (!entry)
         return SM_STATUS_NO_MEMORY;
 
-    const TreePlace place = EntryPlace(&config->root, value.id);
+    const TreePlace place = PlaceFor(config, value.id);
     if (*place.link != nullptr) {
         if (replace != 1)
             return SM_STATUS_ALREADY_EXISTS;
         Replace(config, *place.link, std::move(entry), share);
         return SM_STATUS_OK;
     }
-    const uint32_t status = TreeInsertAt(&config->root, place, entry.get());
-    if (status != SM_STATUS_OK)
-        return status;
+    SMRedBlackTreeNode *node = TreeInsertAt(&config->root, place, entry.get());
+    if (node == nullptr)
+        return SM_STATUS_NO_MEMORY;
     (void)entry.release(); // the tree has it
+    if (place.parent == config->last && (place.parent == nullptr || place.link == &place.parent->right))
+        config->last = node;
     config->count += 1;
     config->binarySize += static_cast<uint32_t>(share);
     return SM_STATUS_OK;

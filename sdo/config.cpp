@@ -66,8 +66,7 @@ uint32_t CopyOut(const SMSDOEntry *entry, uint8_t *typeOut, void *buffer, uint32
 void RemoveAll(SMSDOConfig *config)
 {
     SMRedBlackTreeDelete(&config->root, nullptr, Release);
-    config->count = 0;
-    config->binarySize = SM_SDO_HEADER_SIZE;
+    *config = {nullptr, 0, SM_SDO_HEADER_SIZE, nullptr};
 }
 
 uint32_t RemoveByID(SMSDOConfig *config, uint16_t id)
@@ -80,6 +79,7 @@ uint32_t RemoveByID(SMSDOConfig *config, uint16_t id)
     if (status != SM_STATUS_OK)
         return status;
     SMSDOEntry *entry = search.found;
+    config->last = nullptr; // data moves between nodes on a delete
     config->count -= 1;
     config->binarySize -= static_cast<uint32_t>(SMSDOEntryBinarySize(entry->type, entry->data(), entry->size));
     (void)Release(nullptr, entry); // always 0
@@ -92,7 +92,7 @@ SMSDOConfig *SMSDOConfigAlloc()
 {
     auto *config = static_cast<SMSDOConfig *>(std::malloc(sizeof(SMSDOConfig)));
     if (config != nullptr)
-        *config = {nullptr, 0, SM_SDO_HEADER_SIZE};
+        *config = {nullptr, 0, SM_SDO_HEADER_SIZE, nullptr};
     return config;
 }
 

@@ -18,6 +18,7 @@ struct SMSDOConfig {
     SMRedBlackTree root; // of SMSDOEntry, by ascending ID
     uint32_t count;
     uint32_t binarySize;
+    SMRedBlackTreeNode *last; // the node of the highest ID, or NULL when it has to be looked for
 };
 
 namespace qzvest {
