@@ -1,0 +1,275 @@
+// The tree against std::map, with the red-black rules checked on the nodes, which are public, after every step.
+// The program counts heap blocks: one per element, and none for anything else.
+
+#include <gtest/gtest.h>
+#include <qzvest/redblacktree.h>
+
+#include <algorithm>
+#include <climits>
+#include <deque>
+#include <functional>
+#include <map>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "support/faults.h"
+
+namespace {
+
+using Node = SMRedBlackTreeNode;
+using Keys = std::vector<int>;
+using Answer = std::function<int32_t(int key)>;
+
+// The data of an element is the address of its key.
+int KeyOf(const void *data)
+{
+    return *static_cast<const int *>(data);
+}
+
+int32_t Compare(void *key, void *data)
+{
+    return KeyOf(key) < KeyOf(data) ? -70000 : KeyOf(key) > KeyOf(data); // any negative or positive number
+}
+
+struct Visits {
+    Answer answer;
+    Keys seen = {};
+};
+
+int32_t Visit(void *context, void *data)
+{
+    auto *visits = static_cast<Visits *>(context);
+    visits->seen.push_back(KeyOf(data));
+    return visits->answer(KeyOf(data));
+}
+
+int32_t NoteRelease(void *context, void *data)
+{
+    static_cast<Keys *>(context)->push_back(KeyOf(data));
+    return -1; // is not looked at
+}
+
+struct Rules {
+    int last = INT_MIN;
+    std::string broken = "";
+
+    int BlackHeight(const Node *node, const Node *parent)
+    {
+        if (node == nullptr)
+            return 1;
+        const int left = BlackHeight(node->left, node);
+        if (KeyOf(node->data) <= last)
+            broken += " order";
+        last = KeyOf(node->data);
+        if (node->parent != parent)
+            broken += " parent";
+        if (node->color > SM_RBT_RED || (parent == nullptr && node->color != SM_RBT_BLACK))
+            broken += " color";
+        if (node->color == SM_RBT_RED && parent != nullptr && parent->color == SM_RBT_RED)
+            broken += " red-red";
+        if (left != BlackHeight(node->right, node))
+            broken += " height";
+        return left + (node->color == SM_RBT_BLACK);
+    }
+};
+
+// What the calls that follow the shape should do, written as they are described.
+void SearchModel(const Node *node, Visits &visits)
+{
+    while (node != nullptr) {
+        const int32_t side = Visit(&visits, node->data);
+        node = side == 0 ? nullptr : side < 0 ? node->left : node->right;
+    }
+}
+
+bool SteeredModel(const Node *node, Visits &visits)
+{
+    if (node == nullptr)
+        return false;
+    const int32_t side = Visit(&visits, node->data);
+    return side == 0 || SteeredModel(side < 0 ? node->left : node->right, visits) ||
+           SteeredModel(side < 0 ? node->right : node->left, visits);
+}
+
+void ReleaseModel(const Node *node, Keys *order)
+{
+    if (node == nullptr)
+        return;
+    ReleaseModel(node->right, order);
+    ReleaseModel(node->left, order);
+    order->push_back(KeyOf(node->data));
+}
+
+class RedBlackTree : public testing::Test {
+protected:
+    void SetUp() override
+    {
+        SMRedBlackTreeAttach(&tree);
+        EXPECT_EQ(SMRedBlackTreeIsEmpty(tree), 1u);
+    }
+
+    void TearDown() override
+    {
+        SMRedBlackTreeDelete(&tree, nullptr, nullptr);
+        EXPECT_EQ(tree, nullptr);
+        EXPECT_EQ(LiveBlocks(), blocksBefore);
+    }
+
+    void Insert(int key)
+    {
+        int *data = &keys.emplace_back(key);
+        EXPECT_EQ(SMRedBlackTreeDataInsert(&tree, data, &key, Compare),
+                  model.emplace(key, data).second ? SM_STATUS_OK : SM_STATUS_ALREADY_EXISTS);
+    }
+
+    void Replace(int key)
+    {
+        int *data = &keys.emplace_back(key);
+        const auto known = model.find(key);
+        EXPECT_EQ(SMRedBlackTreeDataReplace(&tree, data, &key, Compare),
+                  known != model.end() ? known->second : nullptr);
+        if (known != model.end())
+            known->second = data;
+    }
+
+    // A node with two children stays where it is and takes over the data of its successor.
+    void Delete(int key)
+    {
+        const Node *node = tree;
+        while (node != nullptr && KeyOf(node->data) != key)
+            node = KeyOf(node->data) > key ? node->left : node->right;
+        const bool stays = node != nullptr && node->left != nullptr && node->right != nullptr;
+        EXPECT_EQ(SMRedBlackTreeDataDelete(&tree, &key, Compare),
+                  model.erase(key) == 1 ? SM_STATUS_OK : SM_STATUS_NOT_FOUND);
+        if (stays) {
+            EXPECT_EQ(node->data, model.upper_bound(key)->second);
+        }
+    }
+
+    void CheckWalk(int32_t type, const Answer &answer, const Keys &seen)
+    {
+        Visits visits{answer};
+        const void *selected = SMRedBlackTreeDataWalk(tree, &visits, Visit, type);
+        EXPECT_EQ(visits.seen, seen) << type;
+        EXPECT_EQ(selected, !seen.empty() && answer(seen.back()) == 0 ? model[seen.back()] : nullptr) << type;
+    }
+
+    void Check(const Answer &answer = [](int) { return 1; })
+    {
+        Rules rules;
+        rules.BlackHeight(tree, nullptr);
+        EXPECT_EQ(rules.broken, "");
+        EXPECT_EQ(LiveBlocks() - blocksBefore, static_cast<long>(model.size()));
+        Keys sorted;
+        for (const auto &[key, data] : model)
+            sorted.push_back(key);
+        for (const int32_t type : {SM_RBT_WALK_ASCENDING, SM_RBT_WALK_DESCENDING}) {
+            const auto stop = std::find_if(sorted.begin(), sorted.end(), [&](int key) { return answer(key) == 0; });
+            CheckWalk(type, answer, Keys(sorted.begin(), stop == sorted.end() ? stop : stop + 1));
+            std::reverse(sorted.begin(), sorted.end());
+        }
+        Visits search{answer};
+        SearchModel(tree, search);
+        CheckWalk(SM_RBT_WALK_SEARCH, answer, search.seen);
+        Visits steered{answer};
+        SteeredModel(tree, steered);
+        CheckWalk(SM_RBT_WALK_STEERED, answer, steered.seen);
+    }
+
+    const long blocksBefore = LiveBlocks();
+    SMRedBlackTree tree = nullptr;
+    std::deque<int> keys; // all that were ever data
+    std::map<int, int *> model;
+};
+
+TEST_F(RedBlackTree, AgreesWithAMapAndKeepsTheRules)
+{
+    std::mt19937 random(42);
+    const auto draw = [&](unsigned below) { return static_cast<int>(random() % below); };
+    for (const unsigned range : {8u, 60u, 400u}) { // few keys: mostly collisions; many: a deep tree
+        for (int step = 0; step < 4000 && !HasFailure(); ++step) {
+            const int choice = draw(16);
+            if (choice < (step / 500 % 2 == 0 ? 9 : 4)) // it grows and shrinks in turn
+                Insert(draw(range));
+            else if (choice < 13)
+                Delete(draw(range));
+            else
+                Replace(draw(range));
+            const int salt = draw(1000);
+            Check([salt](int key) {
+                const int mixed = (key + salt) * 7919 % 1009;
+                return mixed % 32 == 0 ? 0 : mixed % 3 == 0 ? -5 : 5;
+            });
+        }
+    }
+}
+
+TEST_F(RedBlackTree, RootWalkAndUnknownWalks)
+{
+    for (int key : {2, 1, 3})
+        Insert(key);
+    EXPECT_EQ(SMRedBlackTreeIsEmpty(tree), 0u);
+    for (const int32_t answer : {0, -1, 1})
+        CheckWalk(SM_RBT_WALK_ROOT, [=](int) { return answer; }, {2});
+    for (const int32_t unknown : {-1, 5, 7})
+        CheckWalk(unknown, [](int) { return 0; }, {});
+}
+
+// A node serves as the slot of its left subtree.
+TEST_F(RedBlackTree, EmptyingReleasesRightThenLeftThenSelf)
+{
+    for (int key = 0; key < 100; ++key)
+        Insert(key * 37 % 100);
+    Node *root = tree;
+    for (SMRedBlackTree *slot : {reinterpret_cast<SMRedBlackTree *>(root), &tree}) {
+        Keys expected;
+        Keys released;
+        ReleaseModel(*slot, &expected);
+        SMRedBlackTreeDelete(slot, &released, NoteRelease);
+        EXPECT_EQ(released, expected);
+        if (slot != &tree) {
+            EXPECT_EQ(root->left, nullptr);
+            EXPECT_EQ(tree, root);
+            EXPECT_NE(root->right, nullptr);
+        }
+    }
+    EXPECT_EQ(tree, nullptr);
+    EXPECT_EQ(LiveBlocks(), blocksBefore);
+}
+
+TEST_F(RedBlackTree, RefusesNullArguments)
+{
+    Insert(1);
+    int key = 1;
+    Visits visits{[](int) { return 0; }};
+    for (int null = 0; null < 4; ++null) {
+        const auto unless = [null](int place, auto *argument) { return place == null ? nullptr : argument; };
+        SMRedBlackTree *slot = unless(0, &tree);
+        EXPECT_EQ(SMRedBlackTreeDataInsert(slot, unless(1, &key), unless(2, &key), unless(3, Compare)),
+                  SM_STATUS_INVALID_PARAMETER);
+        EXPECT_EQ(SMRedBlackTreeDataReplace(slot, unless(1, &key), unless(2, &key), unless(3, Compare)), nullptr);
+        if (null == 1) // these take no data
+            continue;
+        EXPECT_EQ(SMRedBlackTreeDataDelete(slot, unless(2, &key), unless(3, Compare)), SM_STATUS_INVALID_PARAMETER);
+        EXPECT_EQ(SMRedBlackTreeDataWalk(unless(0, tree), unless(2, &visits), unless(3, Visit), 1), nullptr);
+    }
+    SMRedBlackTreeAttach(nullptr);
+    SMRedBlackTreeDetach(nullptr);
+    SMRedBlackTreeDelete(nullptr, nullptr, nullptr);
+    Check();
+}
+
+TEST_F(RedBlackTree, InsertWithoutMemoryChangesNothing)
+{
+    for (int key = 0; key < 20; ++key)
+        Insert(key);
+    int key = 30;
+    FailAllocation(1);
+    const uint32_t status = SMRedBlackTreeDataInsert(&tree, &key, &key, Compare);
+    EXPECT_TRUE(StopFault());
+    EXPECT_EQ(status, SM_STATUS_NO_MEMORY);
+    Check();
+}
+
+} // namespace

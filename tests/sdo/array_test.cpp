@@ -1,0 +1,124 @@
+// Flat arrays: built, taken apart, and where they end.
+
+#include <gtest/gtest.h>
+
+#include "sdo/objects.h"
+
+namespace {
+
+const char *const kPair = "'BADS 0200 2000 'BODS 0000 0800 'BODS 0100 1000 0100 01 00 11000000";
+const char *const kEmpty = "'BADS 0000 0800";
+
+TEST(SDOArray, InitHeader)
+{
+    const auto init = [](void *memory, uint32_t *size) { return SMSDOBinaryArrayInitHeader(memory, *size); };
+    EXPECT_EQ(InRoom(Bytes(8), 7, init), "16 7 0000000000000000");
+    EXPECT_EQ(InRoom(Bytes(8), 8, init), "0 8 " + Hex(Block(kEmpty)));
+    EXPECT_EQ(SMSDOBinaryArrayInitHeader(nullptr, 8), SM_STATUS_INVALID_PARAMETER);
+}
+
+TEST(SDOArray, AddData)
+{
+    const auto check = [](const char *before, uint32_t room, const char *result, const char *after) {
+        const Bytes element = Block("'BODS 0100 1000 0100 01 00 11000000");
+        const auto add = [&](void *memory, uint32_t *size) {
+            return SMSDOBinaryArrayAddData(memory, size, element.data(), 16);
+        };
+        EXPECT_EQ(InRoom(Block(before), room, add), Text(result, ' ', Hex(Block(after))));
+    };
+    const char *const one = "'BADS 0100 1000 'BODS 0000 0800";
+    check(kEmpty, 24, "0 24", "'BADS 0100 1800 'BODS 0100 1000 0100 01 00 11000000");
+    check(one, 99, "0 99", kPair); // the size keeps the room
+    check(one, 31, "16 32", one);
+    check(kEmpty, 16, "16 24", kEmpty);
+    check(kEmpty, 15, "16 15", kEmpty);
+    check("'BODS 0000 0800", 99, "271 99", "'BODS 0000 0800");
+}
+
+TEST(SDOArray, NeverReaches65536Bytes)
+{
+    const Object large = Make();
+    EXPECT_EQ(Add(large, 1, 1, Bytes(32752)), SM_STATUS_OK); // 32768 flat
+    Bytes array(70000);
+    const auto add = [&](uint32_t size, uint32_t room) {
+        const uint32_t status = SMSDOBinaryArrayAddData(array.data(), &room, Flatten(large).data(), size);
+        return Text(status, ' ', room, ' ', SMSDOBinaryGetSize(array.data(), nullptr));
+    };
+    EXPECT_EQ(SMSDOBinaryArrayInitHeader(array.data(), 70000), SM_STATUS_OK);
+    EXPECT_EQ(add(32768, 70000), "0 70000 32776");
+    EXPECT_EQ(add(32760, 70000), "16 70000 32776");
+    EXPECT_EQ(add(32760, 65535), "16 65536 32776"); // room is tested first
+    EXPECT_EQ(add(32759, 65535), "0 65535 65535");
+}
+
+TEST(SDOArray, GetByIndex)
+{
+    const auto read = [](const char *array, uint32_t index, uint32_t room) {
+        const auto get = [&](const void *from, uint16_t, uint8_t *, void *buffer, uint32_t *size) {
+            return SMSDOBinaryArrayGetByIndex(from, 0, index, buffer, size);
+        };
+        return ByID(get, Block(array).data(), 0, room);
+    };
+    EXPECT_EQ(read(kPair, 0, 9), "0 EE 8 424F445300000800EE");
+    EXPECT_EQ(read(kPair, 1, 16), "0 EE 16 424F4453010010000100010011000000");
+    EXPECT_EQ(read(kPair, 1, 2), "16 EE 16 EEEE");
+    EXPECT_EQ(read(kPair, 1, 0), "16 EE 16 ");
+    EXPECT_EQ(read(kPair, 2, 1), "256 EE 1 EE");
+    EXPECT_EQ(read(kEmpty, 0, 1), "256 EE 1 EE");
+    EXPECT_EQ(read("'BADS 0200 1800 'BODS 0000 0800 'BADS 0000 0800", 1, 1), "257 EE 1 EE");
+    EXPECT_EQ(read("'BODS 0100 0800", 0, 1), "257 EE 1 EE");
+    EXPECT_EQ(read("", 0, 1), "271 EE 1 EE"); // NULL
+}
+
+TEST(SDOArray, FromObjects)
+{
+    const Object objects[] = {Make(), Make({{1, 1, "11"}}), Make(), Make({{1, 1, "11"}})};
+    EXPECT_EQ(Add(objects[2], 1, 1, Bytes(65500)), SM_STATUS_OK);
+    EXPECT_EQ(SMSDOConfigReCalcBinarySize(objects[3].get()), 17u); // cannot be flattened any more
+    SMSDOConfig *const table[] = {objects[0].get(), nullptr, objects[1].get(), objects[2].get(), objects[3].get()};
+    const auto check = [&](int32_t count, uint32_t room, const char *result, const char *array) {
+        const auto flatten = [&](void *memory, uint32_t *size) {
+            return SMSDOConfigArrayToBinaryArray(table, count, room != 0 ? memory : nullptr, size);
+        };
+        EXPECT_EQ(InRoom(Bytes(8), room, flatten), Text(result, ' ', Hex(Block(array)))) << count << ' ' << room;
+    };
+    const char *const untouched = "0000000000000000";
+    check(3, 32, "0 32", kPair);
+    check(3, 31, "0 32", "'BADS 0100 1000 'BODS 0000 0800"); // what does not fit is left out
+    check(3, 15, "0 32", kEmpty);
+    check(3, 7, "16 7", untouched);
+    check(3, 0, "0 24", untouched); // no array: the objects alone
+    check(0, 8, "0 8", kEmpty);
+    check(-1, 8, "0 8", kEmpty);
+    check(0, 0, "0 0", untouched);
+    check(4, 65535, "0 65548", kPair);
+    check(4, 65548, "16 65548", kPair); // beyond the limit the size stays
+    check(4, 0, "0 65540", untouched);
+    check(5, 32, "4294967295 32", kPair);
+}
+
+TEST(SDOArray, ToObjects)
+{
+    // The objects in a table of three, the last of which held one beforehand.
+    const auto check = [](const char *array, uint32_t slots, const char *result, const char *objects) {
+        SMSDOConfig *table[3] = {nullptr, nullptr, SMSDOConfigAlloc()};
+        uint32_t count = slots;
+        const uint32_t status = SMSDOBinaryArrayToConfigArray(Block(array).data(), table, &count);
+        EXPECT_EQ(Text(status, ' ', count), result) << array;
+        std::string found;
+        for (SMSDOConfig *config : table)
+            found += config != nullptr ? Text(SMSDOConfigGetBinarySize(Object(config).get()), ' ') : "- ";
+        EXPECT_EQ(found, objects) << array;
+    };
+    check(kPair, 3, "0 2", "8 16 8 ");
+    check(kPair, 1, "16 2", "- - 8 ");
+    check(kPair, 0xFFFFFFFF, "16 2", "- - 8 ");
+    check(kEmpty, 3, "0 0", "- - 8 ");
+    check("'BODS 0000 0800", 3, "257 3", "- - 8 ");
+    check("", 3, "271 3", "- - 8 "); // NULL
+    // The whole table is swept, the slot that was not reached too.
+    check("'BADS 0200 1800 'BODS 0000 0800 'BADS 0000 0800", 3, "257 3", "- - - ");
+    check("'BADS 0200 2000 'BODS 0000 0800 'BODS 0100 1000 0000 01 00 11000000", 3, "4294967295 3", "- - - ");
+}
+
+} // namespace
