@@ -97,6 +97,8 @@ TEST_F(SDOConfig, RemovesByIDByPlaceAndAll)
     EXPECT_EQ(Add(object, 5, 0x0C, Block("'BODS 0000 0800")), SM_STATUS_OK);
     EXPECT_EQ(remove(1, 99, 7), SM_STATUS_OK);
     EXPECT_EQ(Flatten(object), Block("'BODS 0000 0800"));
+    EXPECT_EQ(Add(object, 50, 5, Block("55")), SM_STATUS_OK);
+    EXPECT_EQ(Flatten(object), Block("'BODS 0100 1000 3200 05 00 55000000"));
     EXPECT_EQ(SMSDOConfigRemoveData(nullptr, 0, 0, 1), SM_STATUS_INVALID_PARAMETER);
 }
 
