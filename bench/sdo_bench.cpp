@@ -113,10 +113,10 @@ uint32_t OnBegin(void *, uint64_t, uint16_t, uint32_t, uint32_t, const SMSDOBina
     return SM_STATUS_OK;
 }
 
-uint32_t OnEntry(void *sum, uint64_t *, uint16_t id, uint8_t, uint8_t, uint8_t, uint8_t, uint32_t size,
+uint32_t OnEntry(void *sum, uint64_t *, uint16_t id, uint8_t, uint8_t, uint8_t, uint8_t kind, uint32_t size,
                  const void *data)
 {
-    *static_cast<uint64_t *>(sum) += SumOf(id, size, data);
+    *static_cast<uint64_t *>(sum) += SumOf(id, kind, size, data);
     return SM_STATUS_OK;
 }
 

@@ -53,7 +53,8 @@ Data MakeData(int64_t count)
         id = static_cast<uint16_t>(id + 1 + random() % 16);
         const bool isText = random() % 5 < 2;
         data.entries.push_back({id, isText ? kText : kNumber, RandomBytes(random, isText ? 12 + random() % 9 : 4)});
-        data.walkSum += SumOf(id, data.entries.back().value.size(), data.entries.back().value.data());
+        const Entry &added = data.entries.back();
+        data.walkSum += SumOf(added.id, added.type, added.value.size(), added.value.data());
     }
     for (size_t i = 0; i < kReads; ++i) {
         const Entry &entry = data.entries[random() % data.entries.size()];

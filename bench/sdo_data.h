@@ -27,9 +27,9 @@ const std::vector<uint16_t> &WantedIDs(int64_t count);
 const std::vector<uint8_t> &Block(int64_t count);
 
 // What a walk adds up for each entry, and what it comes to for the whole object.
-inline uint64_t SumOf(uint16_t id, size_t size, const void *value)
+inline uint64_t SumOf(uint16_t id, uint8_t type, size_t size, const void *value)
 {
-    return id + size + *static_cast<const uint8_t *>(value);
+    return id + type + size + *static_cast<const uint8_t *>(value);
 }
 uint64_t WalkSum(int64_t count);
 

@@ -1,6 +1,8 @@
 // FlatBuffers. It has no object in memory to build: its own way is the builder that writes the block at once,
 // and its object interface stands for building, flattening and rebuilding one by one.
 
+#include <flatbuffers/minireflect.h>
+
 #include "object_generated.h"
 
 #include <cstring>
@@ -89,8 +91,45 @@ void WalkRow(benchmark::State &state)
     Walk(state, [&block] {
         uint64_t sum = 0;
         for (const fb::Entry *entry : *fb::GetObject(block.data())->entries())
-            sum += SumOf(entry->id(), entry->value()->size(), entry->value()->data());
+            sum += SumOf(entry->id(), entry->type(), entry->value()->size(), entry->value()->data());
         return sum;
+    });
+}
+
+// Its own walk with callbacks, which knows the fields from a table at run time.
+struct Visitor : flatbuffers::IterationVisitor {
+    uint64_t sum = 0;
+    uint16_t id = 0;
+    uint8_t type = 0;
+
+    void UShort(uint16_t value, const char *) override
+    {
+        id = value;
+    }
+    void UChar(uint8_t value, const char *) override
+    {
+        type = value;
+    }
+    void String(const flatbuffers::String *value) override
+    {
+        sum += SumOf(id, type, value->size(), value->data());
+    }
+};
+
+void VisitorRow(benchmark::State &state)
+{
+    flatbuffers::FlatBufferBuilder builder;
+    std::vector<flatbuffers::Offset<fb::TextEntry>> offsets;
+    for (const Entry &entry : Entries(state.range(0))) {
+        const auto *text = reinterpret_cast<const char *>(entry.value.data());
+        offsets.push_back(
+            fb::CreateTextEntry(builder, entry.id, entry.type, builder.CreateString(text, entry.value.size())));
+    }
+    builder.Finish(fb::CreateTextObject(builder, builder.CreateVector(offsets)));
+    Walk(state, [&builder] {
+        Visitor visitor;
+        flatbuffers::IterateFlatBuffer(builder.GetBufferPointer(), fb::TextObjectTypeTable(), &visitor);
+        return visitor.sum;
     });
 }
 
@@ -109,6 +148,7 @@ void RebuildRow(benchmark::State &state)
     Row("build_flatten/FlatBuffers", BuildFlattenRow),
     Row("read_by_id/FlatBuffers", ReadRow),
     Row("walk/FlatBuffers", WalkRow),
+    Row("walk/FlatBuffers visitor", VisitorRow),
     Row("rebuild/FlatBuffers", RebuildRow),
 };
 

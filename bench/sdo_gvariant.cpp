@@ -44,6 +44,7 @@ GVariant *FromBlock(int64_t count)
 
 struct Visited {
     guint16 id;
+    guchar type;
     gsize size;
     const guint8 *bytes; // in the block, good as long as that
 };
@@ -51,9 +52,8 @@ struct Visited {
 Visited Visit(GVariant *child)
 {
     Visited visited;
-    guchar type;
     GVariant *value;
-    g_variant_get(child, "{q(y@ay)}", &visited.id, &type, &value);
+    g_variant_get(child, "{q(y@ay)}", &visited.id, &visited.type, &value);
     visited.bytes = static_cast<const guint8 *>(g_variant_get_fixed_array(value, &visited.size, 1));
     g_variant_unref(value);
     return visited;
@@ -126,7 +126,7 @@ void WalkRow(benchmark::State &state)
         g_variant_iter_init(&iter, object);
         while (GVariant *child = g_variant_iter_next_value(&iter)) {
             const Visited visited = Visit(child);
-            sum += SumOf(visited.id, visited.size, visited.bytes);
+            sum += SumOf(visited.id, visited.type, visited.size, visited.bytes);
             g_variant_unref(child);
         }
         return sum;

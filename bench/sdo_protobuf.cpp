@@ -71,7 +71,8 @@ void WalkRow(benchmark::State &state)
         if (!object.ParseFromArray(block.data(), static_cast<int>(block.size())))
             return sum;
         for (const pb::Entry &entry : object.entries())
-            sum += SumOf(static_cast<uint16_t>(entry.id()), entry.value().size(), entry.value().data());
+            sum += SumOf(static_cast<uint16_t>(entry.id()), static_cast<uint8_t>(entry.type()), entry.value().size(),
+                         entry.value().data());
         return sum;
     });
 }

@@ -29,12 +29,19 @@ template <typename Order>
 inline TreePlace TreeFind(SMRedBlackTree *tree, Order order)
 {
     TreePlace place{nullptr, tree};
-    while (SMRedBlackTreeNode *node = *place.link) {
+    SMRedBlackTreeNode *node = *tree;
+    while (node != nullptr) {
+        // Both ways down are asked for before it is known which one it will be.
+        SMRedBlackTreeNode *left = node->left;
+        SMRedBlackTreeNode *right = node->right;
+        __builtin_prefetch(left);
+        __builtin_prefetch(right);
         const int32_t side = order(node->data);
         if (side == 0)
             break;
         place.parent = node;
         place.link = side < 0 ? &node->left : &node->right;
+        node = side < 0 ? left : right;
     }
     return place;
 }

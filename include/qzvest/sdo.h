@@ -74,7 +74,8 @@ SM_EXPORT uint32_t SMSDOConfigGetCount(const SMSDOConfig *config);
  * failure; what was rebuilt from a flat value is freed on failure, but for an object rebuilt for a config that
  * has 65535 entries already. When nested objects replace nested objects and the first size bytes of the two values
  * differ, the old objects are freed, also those that the new table names again; when they are the same, and when a
- * plain value replaces nested objects, the old objects are not freed. */
+ * plain value or an empty flat array, which has no bytes to differ, replaces nested objects, the old ones are not
+ * freed. */
 SM_EXPORT uint32_t SMSDOConfigAddData(SMSDOConfig *config, uint16_t id, uint8_t type, const void *data, uint32_t size,
                                       int16_t replace);
 
