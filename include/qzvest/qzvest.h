@@ -2,7 +2,10 @@
 #ifndef QZVEST_QZVEST_H
 #define QZVEST_QZVEST_H
 
+#include <qzvest/hashid.h>
+#include <qzvest/list.h>
 #include <qzvest/module.h>
+#include <qzvest/mutex.h>
 #include <qzvest/redblacktree.h>
 #include <qzvest/sdo.h>
 #include <qzvest/status.h>

@@ -97,6 +97,74 @@ typedef uint32_t (*SMSDOEntryEndCallback)(void *context, uint64_t childCookie);
 /* A block is done; its objectBegin had the same cookie. */
 typedef uint32_t (*SMSDOObjectEndCallback)(void *context, uint64_t cookie, uint16_t isArray);
 
+/* ---- Lists (list.h) ---- */
+
+/* An entry of a singly linked list; the caller's payload is at data or nowhere. */
+typedef struct SMSLListEntry SMSLListEntry;
+struct SMSLListEntry {
+    SMSLListEntry *next; /* NULL at the tail */
+    void *data;          /* the payload, or NULL */
+};
+
+typedef struct SMSLList {
+    SMSLListEntry *head; /* NULL when empty */
+    SMSLListEntry *tail;
+} SMSLList;
+
+/* An entry of a doubly linked list. */
+typedef struct SMDLListEntry SMDLListEntry;
+struct SMDLListEntry {
+    SMDLListEntry *next; /* NULL at the tail */
+    SMDLListEntry *prev; /* NULL at the head */
+    void *data;          /* the payload, or NULL */
+};
+
+typedef struct SMDLList {
+    SMDLListEntry *head; /* NULL when empty */
+    SMDLListEntry *tail;
+} SMDLList;
+
+/* Orders a key against an entry, of which it gets the whole: negative when the key sorts before it, 0 for a
+ * match, else positive. */
+typedef int32_t (*SMSLListCompareCallback)(void *key, SMSLListEntry *entry);
+typedef int32_t (*SMDLListCompareCallback)(void *key, SMDLListEntry *entry);
+
+/* ---- Hash IDs (hashid.h) ---- */
+
+/* A bit table in the caller's memory, read as words of 32 bits: ID n is bit n % 32 of word n / 32. */
+typedef void SMHashTable;
+
+/* ---- Sized strings (sizedstring.h) ---- */
+
+/* Growable text: the record is the caller's, the buffer the library's. */
+typedef struct SMSSUCS2Str {
+    uint16_t *text;    /* terminated; NULL when the record holds nothing */
+    uint32_t capacity; /* bytes at text */
+    uint32_t length;   /* units before the terminator */
+} SMSSUCS2Str;
+
+typedef struct SMSSUTF8Str {
+    char *text;        /* terminated; NULL when the record holds nothing */
+    uint32_t capacity; /* bytes at text */
+    uint32_t length;   /* bytes before the terminator */
+} SMSSUTF8Str;
+
+/* ---- RFC 1321 digest (rfc1321.h) ---- */
+
+typedef struct SMRFC1321Ctx {
+    uint64_t bitCount;    /* message bits taken in so far */
+    uint32_t state[4];    /* the chaining values A, B, C, D */
+    uint32_t bufferCount; /* bytes waiting in buffer */
+    uint8_t digest[16];   /* the result, after SMRFC1321ComputeMsgDigest */
+    uint8_t buffer[64];   /* the current partial block */
+} SMRFC1321Ctx;
+
+/* ---- Locks (mutex.h) ---- */
+
+typedef struct SMMutex SMMutex;
+
+#define SM_WAIT_FOREVER UINT32_C(0xFFFFFFFF) /* a time-out without limit */
+
 #ifdef __cplusplus
 }
 #endif

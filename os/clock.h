@@ -1,0 +1,30 @@
+// The clock of time-outs: monotonic, so that setting the wall clock has no say.
+#ifndef OS_CLOCK_H
+#define OS_CLOCK_H
+
+#include <cstdint>
+#include <ctime>
+
+namespace qzvest {
+
+inline timespec MonotonicNow()
+{
+    timespec now;
+    (void)clock_gettime(CLOCK_MONOTONIC, &now); // fails for an unknown clock alone
+    return now;
+}
+
+// Whole milliseconds, truncated.
+constexpr int64_t MillisecondsBetween(const timespec &start, const timespec &end)
+{
+    return ((end.tv_sec - start.tv_sec) * INT64_C(1000000000) + (end.tv_nsec - start.tv_nsec)) / 1000000;
+}
+
+inline int64_t MillisecondsSince(const timespec &start)
+{
+    return MillisecondsBetween(start, MonotonicNow());
+}
+
+} // namespace qzvest
+
+#endif

@@ -1,0 +1,314 @@
+// Both list families against std::list, by the same tests. The payload of an entry is its key. The program
+// counts heap blocks: a list and an entry are one each.
+
+#include <gtest/gtest.h>
+#include <qzvest/list.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+#include <list>
+#include <random>
+#include <string>
+
+#include "support/faults.h"
+
+namespace {
+
+#define FAMILY_CALLS(family)                                                                                           \
+    using List = SM##family##List;                                                                                     \
+    using Entry = SM##family##ListEntry;                                                                               \
+    static constexpr auto Alloc = SM##family##ListAlloc;                                                               \
+    static constexpr auto Free = SM##family##ListFree;                                                                 \
+    static constexpr auto Init = SM##family##ListInitNoAlloc;                                                          \
+    static constexpr auto EntryAlloc = SM##family##ListEntryAlloc;                                                     \
+    static constexpr auto EntryFree = SM##family##ListEntryFree;                                                       \
+    static constexpr auto EntryInit = SM##family##ListEntryInitNoAlloc;                                                \
+    static constexpr auto InsertAtHead = SM##family##ListInsertEntryAtHead;                                            \
+    static constexpr auto InsertAtTail = SM##family##ListInsertEntryAtTail;                                            \
+    static constexpr auto Insert = SM##family##ListInsertEntry;                                                        \
+    static constexpr auto WalkAtHead = SM##family##ListWalkAtHead;                                                     \
+    static constexpr auto Replace = SM##family##ListReplaceEntry;                                                      \
+    static constexpr auto RemoveAtHead = SM##family##ListRemoveEntryAtHead;                                            \
+    static constexpr auto RemoveAtTail = SM##family##ListRemoveEntryAtTail;                                            \
+    static constexpr auto IsEmpty = SM##family##ListIsEmpty;
+
+struct Single {
+    FAMILY_CALLS(SL)
+    static void Delete(List *list, Entry *previous, Entry *entry)
+    {
+        SMSLListDeleteEntry(list, previous, entry);
+    }
+    // There is no way back.
+    static Entry *WalkAtTail(const List *, void *, SMSLListCompareCallback, Entry *expected)
+    {
+        return expected;
+    }
+    static bool LeadsBackTo(const Entry *, const Entry *)
+    {
+        return true;
+    }
+};
+
+struct Double {
+    FAMILY_CALLS(DL)
+    static void Delete(List *list, Entry *, Entry *entry)
+    {
+        SMDLListDeleteEntry(list, entry);
+    }
+    static Entry *WalkAtTail(const List *list, void *key, SMDLListCompareCallback compare, Entry *)
+    {
+        return SMDLListWalkAtTail(list, key, compare);
+    }
+    static bool LeadsBackTo(const Entry *entry, const Entry *previous)
+    {
+        return entry->prev == previous;
+    }
+};
+
+template <typename Family>
+class Lists : public ::testing::Test {
+protected:
+    using List = typename Family::List;
+    using Entry = typename Family::Entry;
+    using Model = std::list<Entry *>;
+
+    static constexpr int kKeys = 5; // few, so that the list is often short
+
+    static int KeyOf(const Entry *entry)
+    {
+        return *static_cast<const int *>(entry->data);
+    }
+
+    static int32_t Compare(void *key, Entry *entry)
+    {
+        const int wanted = *static_cast<int *>(key);
+        return wanted < KeyOf(entry) ? -70000 : wanted > KeyOf(entry); // any negative or positive number
+    }
+
+    static Entry *NewEntry(int key)
+    {
+        Entry *entry = Family::EntryAlloc(sizeof key);
+        *static_cast<int *>(entry->data) = key;
+        return entry;
+    }
+
+    static typename Model::iterator Find(Model &model, int key)
+    {
+        return std::find_if(model.begin(), model.end(), [=](Entry *entry) { return KeyOf(entry) == key; });
+    }
+
+    // Empty when the list is the model's, link by link.
+    static std::string Difference(const List &list, const Model &model)
+    {
+        const Entry *previous = nullptr;
+        const Entry *entry = list.head;
+        for (const Entry *wanted : model) {
+            if (entry != wanted)
+                return "entries";
+            if (!Family::LeadsBackTo(entry, previous))
+                return "prev";
+            previous = entry;
+            entry = entry->next;
+        }
+        return entry != nullptr ? "too long" : list.tail != previous ? "tail" : "";
+    }
+
+    // One random operation on both. Empty when they agree.
+    std::string Step()
+    {
+        int key = Random(kKeys);
+        const auto found = Find(model, key);
+        Entry *match = found == model.end() ? nullptr : *found;
+        switch (Random(9)) {
+        case 0:
+            model.push_front(NewEntry(key));
+            Family::InsertAtHead(&list, model.front());
+            return "";
+        case 1:
+            model.push_back(NewEntry(key));
+            Family::InsertAtTail(&list, model.back());
+            return "";
+        case 2:
+        case 3:
+            return InsertOrdered(key);
+        case 4: {
+            const auto last = std::find_if(model.rbegin(), model.rend(), [=](Entry *e) { return KeyOf(e) == key; });
+            Entry *lastMatch = last == model.rend() ? nullptr : *last;
+            return Family::WalkAtHead(&list, &key, Compare) != match                  ? "walk"
+                   : Family::WalkAtTail(&list, &key, Compare, lastMatch) != lastMatch ? "walk back"
+                                                                                      : "";
+        }
+        case 5: {
+            Entry *entry = NewEntry(Random(kKeys));
+            Entry *old = Family::Replace(&list, entry, &key, Compare);
+            if (match != nullptr)
+                *found = entry;
+            Family::EntryFree(match != nullptr ? match : entry);
+            return old == match ? "" : "replace";
+        }
+        case 6:
+            if (match != nullptr) {
+                Family::Delete(&list, found == model.begin() ? nullptr : *std::prev(found), match);
+                Entry *next = std::next(found) == model.end() ? nullptr : *std::next(found);
+                if (match->next != next)
+                    return "the entry lost its next";
+                model.erase(found);
+                Family::EntryFree(match);
+            }
+            return "";
+        case 7:
+            return Removed(Family::RemoveAtHead(&list), model.begin());
+        default:
+            return Removed(Family::RemoveAtTail(&list), model.empty() ? model.end() : std::prev(model.end()));
+        }
+    }
+
+    std::string InsertOrdered(int key)
+    {
+        auto place = model.begin();
+        while (place != model.end() && KeyOf(*place) < key)
+            ++place;
+        const bool taken = place != model.end() && KeyOf(*place) == key;
+        Entry *entry = NewEntry(key);
+        const uint32_t status = Family::Insert(&list, entry, &key, Compare);
+        if (taken)
+            Family::EntryFree(entry);
+        else
+            model.insert(place, entry);
+        return status == (taken ? SM_STATUS_ALREADY_EXISTS : SM_STATUS_OK) ? "" : "insert";
+    }
+
+    std::string Removed(Entry *entry, typename Model::iterator place)
+    {
+        if (place == model.end())
+            return entry == nullptr ? "" : "removed from an empty list";
+        if (entry != *place)
+            return "removed another";
+        model.erase(place);
+        Family::EntryFree(entry);
+        return "";
+    }
+
+    int Random(int below)
+    {
+        return static_cast<int>(random() % static_cast<unsigned>(below));
+    }
+
+    List list = {};
+    Model model;
+    std::mt19937 random{41};
+};
+
+using Families = ::testing::Types<Single, Double>;
+TYPED_TEST_SUITE(Lists, Families);
+
+TYPED_TEST(Lists, DoAsTheModelDoes)
+{
+    const long blocks = LiveBlocks();
+    for (int step = 0; step < 20000; ++step) {
+        ASSERT_EQ(this->Step(), "") << step;
+        ASSERT_EQ(this->Difference(this->list, this->model), "") << step;
+        ASSERT_EQ(TypeParam::IsEmpty(&this->list), this->model.empty() ? 1u : 0u) << step;
+    }
+    while (auto *entry = TypeParam::RemoveAtTail(&this->list))
+        TypeParam::EntryFree(entry);
+    EXPECT_EQ(LiveBlocks(), blocks);
+}
+
+TYPED_TEST(Lists, RecordsFromTheHeap)
+{
+    const long blocks = LiveBlocks();
+    auto *made = TypeParam::Alloc();
+    EXPECT_EQ(this->Difference(*made, {}), "");
+    auto *bare = TypeParam::EntryAlloc(0);
+    EXPECT_EQ(bare->data, nullptr);
+    auto *entry = TypeParam::EntryAlloc(3);
+    EXPECT_EQ(entry->data, entry + 1) << "behind the fields";
+    EXPECT_EQ(entry->next, nullptr);
+    EXPECT_TRUE(TypeParam::LeadsBackTo(entry, nullptr));
+    EXPECT_EQ(LiveBlocks(), blocks + 3);
+    FailAllocation(1);
+    EXPECT_EQ(TypeParam::Alloc(), nullptr);
+    FailAllocation(1);
+    EXPECT_EQ(TypeParam::EntryAlloc(8), nullptr);
+    EXPECT_TRUE(StopFault());
+
+    TypeParam::InsertAtHead(made, entry);
+    TypeParam::Free(made); // and not the entry
+    EXPECT_EQ(LiveBlocks(), blocks + 2);
+    TypeParam::EntryFree(entry);
+    TypeParam::EntryFree(bare);
+    EXPECT_EQ(LiveBlocks(), blocks);
+}
+
+TYPED_TEST(Lists, RecordsOfTheCaller)
+{
+    int payload = 7;
+    typename TypeParam::Entry entry;
+    std::memset(&entry, 0xEE, sizeof entry);
+    entry.data = &payload;
+    TypeParam::EntryInit(&entry);
+    EXPECT_EQ(entry.next, nullptr);
+    EXPECT_TRUE(TypeParam::LeadsBackTo(&entry, nullptr));
+    EXPECT_EQ(entry.data, &payload);
+    std::memset(&this->list, 0xEE, sizeof this->list);
+    TypeParam::Init(&this->list);
+    EXPECT_EQ(this->Difference(this->list, {}), "");
+    // An empty list has nothing to compare with: this callback would be a jump into nowhere.
+    const auto never = [](void *, typename TypeParam::Entry *) -> int32_t { std::abort(); };
+    EXPECT_EQ(TypeParam::Insert(&this->list, &entry, &payload, never), SM_STATUS_OK);
+    EXPECT_EQ(this->Difference(this->list, {&entry}), "");
+}
+
+TYPED_TEST(Lists, NullPointers)
+{
+    typename TypeParam::List *const none = nullptr;
+    int key = 1;
+    int missing = 2;
+    auto *entry = this->NewEntry(key);
+    EXPECT_EQ(TypeParam::Insert(none, entry, &key, this->Compare), SM_STATUS_INVALID_PARAMETER);
+    EXPECT_EQ(TypeParam::Insert(&this->list, nullptr, &key, this->Compare), SM_STATUS_INVALID_PARAMETER);
+    EXPECT_EQ(TypeParam::Insert(&this->list, entry, nullptr, this->Compare), SM_STATUS_INVALID_PARAMETER);
+    EXPECT_EQ(TypeParam::Insert(&this->list, entry, &key, nullptr), SM_STATUS_INVALID_PARAMETER);
+    TypeParam::InsertAtHead(none, entry);
+    TypeParam::InsertAtTail(none, entry);
+    TypeParam::InsertAtHead(&this->list, nullptr);
+    TypeParam::InsertAtTail(&this->list, nullptr);
+    TypeParam::Delete(&this->list, nullptr, nullptr);
+    TypeParam::Delete(none, nullptr, entry);
+    EXPECT_EQ(this->Difference(this->list, {}), "");
+
+    TypeParam::InsertAtHead(&this->list, entry);
+    EXPECT_EQ(TypeParam::WalkAtHead(none, &key, this->Compare), nullptr);
+    EXPECT_EQ(TypeParam::WalkAtHead(&this->list, nullptr, this->Compare), nullptr);
+    EXPECT_EQ(TypeParam::WalkAtHead(&this->list, &key, nullptr), nullptr);
+    EXPECT_EQ(TypeParam::WalkAtTail(none, &key, this->Compare, nullptr), nullptr);
+    EXPECT_EQ(TypeParam::WalkAtTail(&this->list, nullptr, this->Compare, nullptr), nullptr);
+    EXPECT_EQ(TypeParam::WalkAtTail(&this->list, &key, nullptr, nullptr), nullptr);
+    EXPECT_EQ(TypeParam::Replace(none, entry, &key, this->Compare), nullptr);
+    EXPECT_EQ(TypeParam::Replace(&this->list, nullptr, &missing, this->Compare), nullptr);
+    EXPECT_EQ(TypeParam::RemoveAtHead(none), nullptr);
+    EXPECT_EQ(TypeParam::RemoveAtTail(none), nullptr);
+    EXPECT_EQ(TypeParam::IsEmpty(none), 1u);
+    TypeParam::Init(none);
+    TypeParam::Free(none);
+    TypeParam::EntryInit(nullptr);
+    TypeParam::EntryFree(nullptr);
+    EXPECT_EQ(this->Difference(this->list, {entry}), "");
+    TypeParam::EntryFree(entry);
+}
+
+TEST(SList, RefusesNullForAMatchAndKeepsABrokenTail)
+{
+    SMSLListEntry stray = {};
+    SMSLListEntry entry = {};
+    SMSLList list = {&entry, &stray};
+    const auto match = [](void *, SMSLListEntry *) -> int32_t { return 0; };
+    EXPECT_EQ(SMSLListReplaceEntry(&list, nullptr, &list, match), nullptr);
+    EXPECT_EQ(SMSLListRemoveEntryAtTail(&list), nullptr);
+    EXPECT_EQ(list.head, &entry);
+    EXPECT_EQ(list.tail, &stray);
+}
+
+} // namespace
