@@ -5,16 +5,18 @@
 
 #include <syslog.h>
 
-#include <array>
 #include <cstdlib>
 
+#include "digest/crc32.h"
 #include "frame/module.h"
 
 namespace qzvest {
 namespace {
 
 // In the order of bring-up. A facility with process-wide state adds its row here.
-constexpr std::array<AttachStep, 0> kSteps{};
+constexpr AttachStep kSteps[] = {
+    {CRC32TableAttach, CRC32TableDetach},
+};
 
 // The two counts move in step. attachCount is a second guard against entering the chains again.
 int32_t loadCount;

@@ -2,11 +2,14 @@
 #ifndef QZVEST_QZVEST_H
 #define QZVEST_QZVEST_H
 
+#include <qzvest/base64.h>
+#include <qzvest/crc32.h>
 #include <qzvest/hashid.h>
 #include <qzvest/list.h>
 #include <qzvest/module.h>
 #include <qzvest/mutex.h>
 #include <qzvest/redblacktree.h>
+#include <qzvest/rfc1321.h>
 #include <qzvest/sdo.h>
 #include <qzvest/status.h>
 #include <qzvest/types.h>

@@ -1,0 +1,129 @@
+// The digest through the exports: the RFC's own vectors, and md5sum for all the ways to cut a message.
+
+#include <gtest/gtest.h>
+#include <qzvest/qzvest.h>
+
+#include <array>
+#include <cstdio>
+#include <vector>
+
+#include "digest/guarded.h"
+#include "digest/scratch.h"
+
+namespace {
+
+std::string Hex(const SMRFC1321Ctx &ctx)
+{
+    std::string text;
+    for (const uint8_t byte : ctx.digest) {
+        text += "0123456789abcdef"[byte >> 4];
+        text += "0123456789abcdef"[byte & 15];
+    }
+    return text;
+}
+
+void Add(SMRFC1321Ctx *ctx, const std::string &piece)
+{
+    const Guarded block(piece);
+    SMRFC1321AddMsg(ctx, block.Bytes(), static_cast<uint32_t>(piece.size()));
+}
+
+std::string DigestOf(const std::vector<std::string> &pieces)
+{
+    SMRFC1321Ctx ctx;
+    memset(&ctx, 0xA5, sizeof ctx);
+    SMRFC1321Load(&ctx);
+    for (const std::string &piece : pieces)
+        Add(&ctx, piece);
+    SMRFC1321ComputeMsgDigest(&ctx);
+    return Hex(ctx);
+}
+
+// Pieces of 0 to 130 bytes: within a block, filling one, and several at once.
+std::vector<std::string> Split(std::mt19937 &random, const std::string &message)
+{
+    std::vector<std::string> pieces;
+    for (size_t at = 0; at < message.size(); at += pieces.back().size())
+        pieces.push_back(message.substr(at, random() % 131));
+    return pieces;
+}
+
+// A digest per message, by the program of the same name.
+std::vector<std::string> Md5sum(const std::vector<std::string> &messages)
+{
+    const ScratchFolder folder;
+    std::string command = "cd '" + folder.path + "' && md5sum";
+    for (size_t i = 0; i < messages.size(); ++i) {
+        folder.Write(std::to_string(i), messages[i]);
+        command += " " + std::to_string(i);
+    }
+    std::vector<std::string> digests;
+    if (FILE *lines = popen(command.c_str(), "r")) {
+        for (char line[64]; fgets(line, sizeof line, lines) != nullptr;)
+            digests.emplace_back(line, 32);
+        pclose(lines);
+    }
+    return digests;
+}
+
+TEST(RFC1321, VectorsOfTheRFC)
+{
+    constexpr std::array<const char *, 2> kVectors[] = {
+        {"", "d41d8cd98f00b204e9800998ecf8427e"},
+        {"a", "0cc175b9c0f1b6a831c399e269772661"},
+        {"abc", "900150983cd24fb0d6963f7d28e17f72"},
+        {"message digest", "f96b697d7cb7938d525a2f31aaf161d0"},
+        {"abcdefghijklmnopqrstuvwxyz", "c3fcd3d76192e4007dfb496cca67e13b"},
+        {"ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789", "d174ab98d277d9f5a5611c2c9f419d9f"},
+        {"12345678901234567890123456789012345678901234567890123456789012345678901234567890",
+         "57edf4a22be3c955ac49da2e2107b67a"},
+    };
+    for (const auto &[message, digest] : kVectors)
+        EXPECT_EQ(DigestOf({message}), digest) << message;
+    EXPECT_EQ(DigestOf({}), kVectors[0][1]);
+}
+
+TEST(RFC1321, MessagesInPiecesAgreeWithMd5sum)
+{
+    std::mt19937 random(62);
+    std::vector<std::string> messages;
+    for (size_t size = 0; size <= 300; ++size)
+        messages.push_back(RandomBytes(random, size));
+    messages.push_back(RandomBytes(random, 70000));
+    const std::vector<std::string> expected = Md5sum(messages);
+    ASSERT_EQ(expected.size(), messages.size());
+    for (size_t i = 0; i < messages.size(); ++i) {
+        EXPECT_EQ(DigestOf({messages[i]}), expected[i]) << "message " << i;
+        for (int round = 0; round < 5; ++round)
+            EXPECT_EQ(DigestOf(Split(random, messages[i])), expected[i]) << "message " << i;
+    }
+}
+
+TEST(RFC1321, RecordShowsWhereItStands)
+{
+    SMRFC1321Ctx ctx;
+    memset(&ctx, 0xA5, sizeof ctx);
+    SMRFC1321Load(&ctx);
+    EXPECT_EQ(ctx.buffer[0], 0xA5) << "loading leaves the buffer";
+    EXPECT_EQ(Hex(ctx), std::string(32, '0'));
+    SMRFC1321AddMsg(&ctx, nullptr, 0);
+    EXPECT_EQ(ctx.bitCount, 0u);
+    Add(&ctx, std::string(130, 'x'));
+    EXPECT_EQ(ctx.bitCount, 1040u);
+    EXPECT_EQ(ctx.bufferCount, 2u);
+
+    SMRFC1321Load(&ctx);
+    Add(&ctx, "abc");
+    SMRFC1321ComputeMsgDigest(&ctx);
+    EXPECT_EQ(Hex(ctx), "900150983cd24fb0d6963f7d28e17f72") << "a used record starts over";
+    EXPECT_EQ(ctx.bitCount, 24u);
+    EXPECT_EQ(ctx.bufferCount, 56u);
+    SMRFC1321ComputeMsgDigest(&ctx);
+    EXPECT_EQ(Hex(ctx), "7b64620c6b89d6317dde150f6de71ea5") << "a second padding";
+
+    SMRFC1321UnLoad(&ctx);
+    const std::string record(reinterpret_cast<const char *>(&ctx), sizeof ctx);
+    EXPECT_EQ(record, std::string(sizeof ctx, '\0'));
+}
+
+} // namespace
