@@ -237,9 +237,7 @@ uint32_t SMFindFirstHashID(const SMHashTable *table, uint32_t bytes, uint32_t *w
 uint32_t SMFindNextHashID(const SMHashTable *table, uint32_t bytes, uint32_t *wordInOut, uint32_t *bitInOut)
 {
     const uint32_t words = bytes / kWordBytes;
-    // A place in the last word ends the search at once, whatever else is in use there: of the last word only
-    // the first ID is ever found, and none of a table of one word. Settled.
-    if (words == 0 || *wordInOut >= words - 1)
+    if (*wordInOut >= words)
         return 0;
     // The place itself is skipped, so ID 0 never comes up: the first place is its own.
     uint32_t index = *wordInOut;

@@ -12,8 +12,8 @@ namespace {
 
 using Node = SMRedBlackTreeNode;
 
-// A tree slot and a left word have the same form, and left comes first: a node's address may be given to
-// SMRedBlackTreeDelete as the slot of its left subtree.
+// A tree slot and a left word have the same form, and left comes first: to SMRedBlackTreeDelete a node's address is
+// the slot of its left subtree. Who gives it that unbalances the tree, and may do no more than delete the rest.
 static_assert(offsetof(Node, left) == 0 && offsetof(Node, right) == 8 && offsetof(Node, parent) == 16);
 static_assert(offsetof(Node, data) == 24 && offsetof(Node, color) == 32 && sizeof(Node) == 40);
 

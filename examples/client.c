@@ -126,6 +126,7 @@ static int PrintRoom(const SMSDOBinary *array)
     const uint32_t count = SMSDOBinaryGetCount(array, NULL);
     for (uint32_t i = 0; i < count; ++i) {
         char point[SHOWN];
+        char label[SHOWN];
         uint32_t size = sizeof element;
         uint32_t status = SMSDOBinaryArrayGetByIndex(array, 0, i, element, &size);
         if (status != SM_STATUS_OK) {
@@ -137,8 +138,8 @@ static int PrintRoom(const SMSDOBinary *array)
             return ClientFailed("reading a mount point", status);
         }
         ShowValue(name, MACHINE_TEXT, point, size);
-        (void)snprintf(point, sizeof point, "room on %.200s", name);
-        if (!PrintValue(point, element, MACHINE_ID_MOUNT_AVAILABLE)) {
+        (void)snprintf(label, sizeof label, "room on %.200s", name);
+        if (!PrintValue(label, element, MACHINE_ID_MOUNT_AVAILABLE)) {
             return 0;
         }
     }

@@ -12,7 +12,7 @@
 typedef struct Draft {
     SMSDOConfig *object;
     uint32_t status;
-    uint16_t id; /* what could not be added */
+    uint16_t id; /* what was added last, or could not be added */
 } Draft;
 
 static Draft Begin(void)

@@ -1,4 +1,4 @@
-/* Changes a block where it lies, and compares what can be rebuilt from it. */
+/* Changes values of a block, and compares what can be rebuilt from it. */
 #include "client.h"
 #include "machine.h"
 
@@ -105,7 +105,7 @@ static int PatchAndCompareWith(Block *block, const SMSDOConfig *original)
     ++count;
     memcpy(readers.data, &count, sizeof count);
     remark.size = 1 + (uint32_t)snprintf(remark.data, sizeof remark.data, "seen by process %ld", (long)getpid());
-    return SetBoth("Two values changed where they lie", block, &readers, &remark) && Compare(block, original, 0) &&
+    return SetBoth("Two values changed in the block", block, &readers, &remark) && Compare(block, original, 0) &&
            SetBoth("The same two set back", block, &oldReaders, &oldRemark) && Compare(block, original, 1);
 }
 

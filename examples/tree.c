@@ -1,5 +1,4 @@
-/* Walks a block and prints it as a tree. Every callback of the walk has its work: one prints a block's head
- * and steps in, one prints an entry, one counts the entries that are done, one steps out. */
+/* Walks a block and prints it as a tree. */
 #include "client.h"
 #include "machine.h"
 
@@ -16,7 +15,7 @@ typedef struct Tree {
     uint32_t blocks;
     uint32_t entries;
     uint32_t entriesDone;
-    uint32_t open;
+    uint32_t hasOpen; /* an entry that readers may change was met */
 } Tree;
 
 /* "3 entries" or "1 element". */
@@ -72,7 +71,7 @@ static uint32_t PrintEntry(void *context, uint64_t *childCookieOut, uint16_t id,
         printf("%-*s %s\n", LABEL_COLUMN - indent, label != NULL ? label : "unknown", shown);
     }
     ++tree->entries;
-    tree->open |= typeBit5;
+    tree->hasOpen |= typeBit5;
     return SM_STATUS_OK;
 }
 
@@ -105,6 +104,6 @@ int PrintTree(const SMSDOBinary *block)
         return ClientFailed("the walk did not end what it began; it", SM_STATUS_FAILED);
     }
     printf("\n  %" PRIu32 " entries in %" PRIu32 " blocks, %d levels deep.%s\n", tree.entries, tree.blocks,
-           tree.deepest, tree.open ? " A reader may change what has a *." : "");
+           tree.deepest, tree.hasOpen ? " A reader may change what has a *." : "");
     return 1;
 }

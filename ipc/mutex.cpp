@@ -25,8 +25,9 @@ static_assert(offsetof(SMMutex, lockType) == 32);
 
 constexpr useconds_t kPollMicroseconds = 1000;
 
-// A timed wait polls: there is no waking at the very moment of release, and none is promised.
-uint32_t PollLocalMutex(pthread_mutex_t *mutex, uint32_t timeoutMs)
+// A timed wait polls: there is no waking at the very moment of release, and none is promised. It stays out of its
+// caller, where its registers would have to be saved for the endless wait too, the common case.
+[[gnu::noinline]] uint32_t PollLocalMutex(pthread_mutex_t *mutex, uint32_t timeoutMs)
 {
     if (pthread_mutex_trylock(mutex) == 0)
         return SM_STATUS_OK;

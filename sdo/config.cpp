@@ -73,13 +73,13 @@ uint32_t RemoveByID(SMSDOConfig *config, uint16_t id)
 {
     // The tree's delete gives back a status alone; the search catches the entry on the way.
     SMSDOEntrySearch search{nullptr, 0, 0, id, kByID};
+    config->last = nullptr; // data moves between nodes on a delete
     const uint32_t status = SMRedBlackTreeDataDelete(&config->root, &search, Meet);
     if ((status == SM_STATUS_OK) != (search.found != nullptr))
         return SM_STATUS_FAILED;
     if (status != SM_STATUS_OK)
         return status;
     SMSDOEntry *entry = search.found;
-    config->last = nullptr; // data moves between nodes on a delete
     config->count -= 1;
     config->binarySize -= static_cast<uint32_t>(SMSDOEntryBinarySize(entry->type, entry->data(), entry->size));
     (void)Release(nullptr, entry); // always 0

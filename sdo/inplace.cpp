@@ -43,13 +43,31 @@ const uint8_t *SearchByID(const SMSDOBinary *binary, uint32_t count, uint16_t id
     return nullptr;
 }
 
+bool IsEmptyArray(uint8_t type, const void *data, uint32_t size)
+{
+    if (KindOf(type) != SM_SDO_KIND_FLAT || size < sizeof(FlatHeader))
+        return false;
+    const FlatHeader header = HeaderOf(data);
+    return header.magic == kArrayMagic && header.count == 0;
+}
+
+// Replaces a value of a rebuilt block. An empty array has no bytes that could differ from the old pointers, so a plain
+// replacement would forget the old objects, and here nobody else has them.
+uint32_t ReplaceRebuilt(SMSDOConfig *config, uint16_t id, uint8_t type, const void *data, uint32_t size)
+{
+    constexpr uint32_t kShare = kDescriptorSize + SM_SDO_HEADER_SIZE;
+    if (IsEmptyArray(type, data, size) && config->binarySize + kShare <= kFlatLimit)
+        (void)SMSDOConfigRemoveData(config, id, 0, 0); // it is there
+    return SMSDOConfigAddData(config, id, type, data, size, 1);
+}
+
 // A value that needs other room than the old one: the block is made anew, beside the old one until it is whole.
 uint32_t Rebuild(SMSDOBinary *binary, uint32_t *sizeInOut, uint16_t id, uint8_t type, const void *data, uint32_t size)
 {
     const ConfigPtr config(SMSDOBinaryToConfig(binary));
     if (!config)
         return SM_STATUS_BUFFER_TOO_SMALL;
-    uint32_t status = SMSDOConfigAddData(config.get(), id, type, data, size, 1);
+    uint32_t status = ReplaceRebuilt(config.get(), id, type, data, size);
     if (status != SM_STATUS_OK)
         return status;
     uint32_t needed = config->binarySize;

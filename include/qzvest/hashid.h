@@ -58,9 +58,7 @@ SM_EXPORT uint32_t SMGetMaxInUseID(const SMHashTable *table, uint32_t bytes);
 /* SMFindFirstHashID, SMFindNextHashID - the IDs in use in ascending order, one a call.
  *   wordInOut, bitInOut  the place of the last ID found, its word and its bit in that; FindFirst starts them.
  *                        A bit above 31 means the end of that word.
- * Returns the ID, with its place stored; or 0 when there is none, with the place as it was. A place in the last
- *   word ends the search: an ID of the last word is found only when it is the first one there, and the table
- *   has more than one word. Who wants all IDs makes the table a word longer than SMHashTableBytesNeeded says. */
+ * Returns the ID, with its place stored; or 0 when there is none, with the place as it was. */
 SM_EXPORT uint32_t SMFindFirstHashID(const SMHashTable *table, uint32_t bytes, uint32_t *wordInOut, uint32_t *bitInOut);
 SM_EXPORT uint32_t SMFindNextHashID(const SMHashTable *table, uint32_t bytes, uint32_t *wordInOut, uint32_t *bitInOut);
 

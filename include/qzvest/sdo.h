@@ -21,8 +21,8 @@
  * checked against anything, so a block from a source that is not trusted must be checked before it is given
  * to any call here.
  *
- * Nesting costs stack: about 200 bytes a level to flatten, rebuild, walk and free. A block can hold some 4000
- * levels, more than a thread with a small stack can take.
+ * Nesting costs up to 300 bytes of stack a level to flatten, rebuild, walk and free, and up to 64 KB of heap a level
+ * to flatten and rebuild. A block can hold some 4000 levels, more than a thread with a small stack can take.
  *
  * Sizes are in bytes. A size word (sizeInOut) holds the buffer's size on entry.
  * Threads: objects and blocks have no lock. A block may be read by many threads as long as none changes it;
@@ -202,9 +202,9 @@ SM_EXPORT uint32_t SMSDOBinaryGetDataByIndex(const SMSDOBinary *binary, uint32_t
  *   SM_STATUS_BUFFER_TOO_SMALL (sizeInOut below 16; or too small for the new block: the needed size is stored;
  *     or the block cannot be rebuilt or memory ran out doing so);
  *   SM_STATUS_NOT_FOUND (no such ID, or its type is another);
- *   SM_STATUS_INVALID_PARAMETER (a NULL, bad id, type 0, not a flat object);
- *   SM_STATUS_LIMIT_REACHED (the new block would exceed 65535 bytes), SM_STATUS_NO_MEMORY, SM_STATUS_FAILED,
- *   SM_STATUS_BAD_FORMAT, as SMSDOConfigAddData gives them.
+ *   SM_STATUS_INVALID_PARAMETER (a NULL, bad id, type 0, not a flat object; a nested value that is no block);
+ *   SM_STATUS_LIMIT_REACHED (the block as it is and the new value together would exceed 65535 bytes),
+ *   SM_STATUS_NO_MEMORY, SM_STATUS_FAILED, SM_STATUS_BAD_FORMAT, as SMSDOConfigAddData gives them.
  * On failure the block is as it was, and sizeInOut too where nothing else is said. */
 SM_EXPORT uint32_t SMSDOBinarySetData(SMSDOBinary *binary, uint32_t *sizeInOut, uint16_t id, uint8_t type,
                                       const void *data, uint32_t size);

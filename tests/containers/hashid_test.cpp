@@ -156,7 +156,7 @@ struct Model {
     std::vector<uint32_t> Found()
     {
         std::vector<uint32_t> ids;
-        for (uint32_t id = 1; id < words * 32 && (ids.empty() ? words > 1 : ids.back() / 32 + 1 < words); ++id)
+        for (uint32_t id = 1; id < words * 32; ++id)
             if (table.Used(id))
                 ids.push_back(id);
         return ids;
@@ -249,9 +249,9 @@ TEST(HashID, FindNextStartsBehindItsPlace)
     constexpr struct {
         uint32_t word, bit, id, newWord, newBit;
     } kCases[] = {
-        {0, 0, 31, 0, 31},    {0, 30, 31, 0, 31}, {0, 31, 64, 2, 0},       {0, 32, 64, 2, 0},
-        {1, kFull, 64, 2, 0}, {2, 0, 66, 2, 2},   {2, 2, 99, 3, 3},        {3, 0, 0, 3, 0},
-        {3, 3, 0, 3, 3},      {4, 0, 0, 4, 0},    {kFull, 0, 0, kFull, 0},
+        {0, 0, 31, 0, 31}, {0, 30, 31, 0, 31}, {0, 31, 64, 2, 0},       {0, 32, 64, 2, 0}, {1, kFull, 64, 2, 0},
+        {2, 0, 66, 2, 2},  {2, 2, 99, 3, 3},   {3, 0, 99, 3, 3},        {3, 3, 100, 3, 4}, {3, 4, 0, 3, 4},
+        {3, 32, 0, 3, 32}, {4, 0, 0, 4, 0},    {kFull, 0, 0, kFull, 0},
     };
     const Words words = {0x80000001, 0, 0x5, 0x18}; // IDs 0, 31, 64, 66, 99, 100
     for (const auto &c : kCases) {

@@ -85,7 +85,9 @@ TEST(SDOInPlace, SetData)
     CheckSet(word, 2, 5, Block("AABBCC"), 40, "0 16", "'BODS 0100 1000 0200 05 02 AABBCC11");
     CheckSet(text, 3, 6, Block("'ABCDEFGHIJ"), 34, "0 34",
              "'BODS 0200 2200 0200 05 00 11000000 0300 06 04 0A00 0800 'ABCDEFGHIJ");
-    // The value changes its room: the block is made anew.
+    // The value changes its room: the block is made anew. An empty array over another leaves none of its objects.
+    CheckSet("'BODS 0100 2800 0200 1C 04 1800 0800 'BADS 0200 1800 'BODS 0000 0800 'BODS 0000 0800", 2, 0x1C,
+             Block("'BADS 0000 0800"), 40, "0 24", "'BODS 0100 1800 0200 1C 04 0800 0800 'BADS 0000 0800");
     CheckSet(text, 2, 5, Block("AABBCCDDEEFF"), 40, "0 40",
              "'BODS 0200 2800 0200 05 04 0600 1000 0300 06 04 0A00 0E00 AABBCCDDEEFF 'abcdefghij");
     CheckSet(text, 3, 6, Block("'ABC"), 34, "0 24", "'BODS 0200 1800 0200 05 00 11000000 0300 06 02 'ABC 00");
