@@ -5,13 +5,18 @@
 #include <qzvest/base64.h>
 #include <qzvest/crc32.h>
 #include <qzvest/hashid.h>
+#include <qzvest/language.h>
 #include <qzvest/list.h>
 #include <qzvest/module.h>
 #include <qzvest/mutex.h>
 #include <qzvest/redblacktree.h>
 #include <qzvest/rfc1321.h>
 #include <qzvest/sdo.h>
+#include <qzvest/sizedstring.h>
 #include <qzvest/status.h>
+#include <qzvest/transcode.h>
 #include <qzvest/types.h>
+#include <qzvest/ucs2.h>
+#include <qzvest/utf8.h>
 
 #endif

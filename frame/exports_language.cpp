@@ -1,0 +1,12 @@
+#include <qzvest/language.h>
+
+#include "text/language.h"
+
+extern "C" {
+
+uint32_t SMGetLocalLanguageID(void)
+{
+    return qzvest::SMGetLocalLanguageID();
+}
+
+} // extern "C"

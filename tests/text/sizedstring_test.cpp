@@ -1,0 +1,150 @@
+#include <gtest/gtest.h>
+#include <qzvest/sizedstring.h>
+
+#include <cstring>
+
+#include "text/units.h"
+
+namespace {
+
+struct UTF8Record : SMSSUTF8Str {
+    explicit UTF8Record(uint32_t size)
+    {
+        SMSSUTF8StrAlloc(this, size);
+    }
+    ~UTF8Record()
+    {
+        SMSSUTF8StrFree(this);
+    }
+};
+
+struct UCS2Record : SMSSUCS2Str {
+    explicit UCS2Record(uint32_t size)
+    {
+        SMSSUCS2StrAlloc(this, size);
+    }
+    ~UCS2Record()
+    {
+        SMSSUCS2StrFree(this);
+    }
+};
+
+TEST(SizedString, GrowsByTheRule)
+{
+    const struct {
+        uint32_t capacity, held, added, after;
+    } cases[] = {
+        {16, 0, 15, 16},
+        {16, 15, 1, 32},
+        {64, 0, 1000, 1001},
+        {0xFFFFF, 0xFFFFE, 1, 0x1FFFFE},
+        {0x100000, 0xFFFFF, 1, 1310720},
+        {34359738, 34359737, 1, 42949672}, // the last step that does not wrap
+        {34359739, 34359738, 1, 34359740}, // wraps: by the need alone
+        {40000000, 39999999, 10, 40000010},
+    };
+    for (const auto &c : cases) {
+        UTF8Record record(c.capacity);
+        const std::string held(c.held, 'h'), added(c.added, 'a');
+        if (c.held != 0)
+            SMSSUTF8StrCatUTF8Str(&record, held.c_str());
+        ASSERT_EQ(record.capacity, c.capacity);
+        EXPECT_EQ(SMSSUTF8StrCatUTF8Str(&record, added.c_str()), record.text);
+        EXPECT_EQ(record.capacity, c.after) << c.capacity;
+        EXPECT_EQ(record.length, c.held + c.added);
+        EXPECT_TRUE(record.text == held + added);
+    }
+    UCS2Record units(8);
+    SMSSUCS2StrCatUCS2Str(&units, Units(u"abc").data());
+    EXPECT_EQ(units.capacity, 8u);
+    SMSSUCS2StrCatUCS2Str(&units, Units(u"d").data());
+    EXPECT_EQ(units.capacity, 16u);
+    EXPECT_EQ(units.length, 4u);
+    EXPECT_EQ(Text(units.text), u"abcd");
+}
+
+TEST(SizedString, CountsCopyUnseen)
+{
+    UTF8Record record(8);
+    SMSSUTF8StrNCatUTF8Str(&record, "0123456789", 3);
+    SMSSUTF8StrNCatUTF8Str(&record, "abcdefghij", 0);
+    SMSSUTF8StrNCatUTF8Str(&record, "xy\0zw", 5);
+    EXPECT_EQ(record.length, 18u);
+    EXPECT_EQ(0, std::memcmp(record.text, "012abcdefghijxy\0zw", 19));
+    SMSSUTF8StrCatUTF8Str(&record, "");
+    EXPECT_EQ(record.length, 18u);
+
+    UCS2Record units(2);
+    const uint16_t some[] = {1, 0, 2, 9};
+    SMSSUCS2StrNCatUCS2Str(&units, some, 3);
+    EXPECT_EQ(units.length, 3u);
+    const uint16_t terminated[] = {1, 0, 2, 0};
+    EXPECT_EQ(0, std::memcmp(units.text, terminated, sizeof terminated));
+}
+
+TEST(SizedString, AppendsItself)
+{
+    UTF8Record record(4);
+    SMSSUTF8StrCatUTF8Str(&record, "abc");
+    for (int i = 0; i < 3; ++i)
+        SMSSUTF8StrCatUTF8Str(&record, record.text); // grows, and may move, each time
+    EXPECT_STREQ(record.text, "abcabcabcabcabcabcabcabc");
+}
+
+TEST(SizedString, UTF8IntoUCS2CountsSourceBytes)
+{
+    UCS2Record record(64);
+    SMSSUCS2StrCatUTF8Str(&record, "\xC3\xA9");
+    EXPECT_EQ(record.length, 2u);
+    EXPECT_EQ(Text(record.text), u"\u00e9");
+    SMSSUCS2StrCatUTF8Str(&record, "x"); // lies behind the terminator, unseen
+    EXPECT_EQ(record.length, 3u);
+    EXPECT_EQ(Text(record.text), u"\u00e9");
+    EXPECT_EQ(record.text[2], 'x');
+
+    SMSSUCS2StrNCatUTF8Str(&record, "hello", 2); // never cut short
+    SMSSUCS2StrNCatUTF8Str(&record, "\xC3", 9);  // cannot be converted
+    EXPECT_EQ(record.length, 3u);
+    SMSSUCS2StrNCatUTF8Str(&record, "hi", 5);
+    EXPECT_EQ(record.length, 8u);
+    EXPECT_EQ(Text(record.text + 3), u"hi");
+}
+
+TEST(SizedString, UCS2IntoUTF8HasOneByteAUnit)
+{
+    UTF8Record record(16);
+    SMSSUTF8StrCatUCS2Str(&record, Units(u"plain").data());
+    SMSSUTF8StrCatUCS2Str(&record, Units(u"A\u00e9").data());
+    EXPECT_STREQ(record.text, "plain");
+    EXPECT_EQ(record.length, 5u);
+    SMSSUTF8StrNCatUCS2Str(&record, Units(u"A\u00e9").data(), 3);
+    EXPECT_STREQ(record.text, "plainA\xC3\xA9");
+    EXPECT_EQ(record.length, 8u);
+    SMSSUTF8StrNCatUCS2Str(&record, Units(u"abc").data(), 2);
+    EXPECT_EQ(record.length, 8u);
+}
+
+TEST(SizedString, EmptyRecordsTakeNothing)
+{
+    SMSSUTF8Str record = {nullptr, 7, 7};
+    EXPECT_EQ(SMSSUTF8StrAlloc(&record, 0), nullptr);
+    EXPECT_EQ(record.capacity, 7u);
+    SMSSUTF8StrAlloc(&record, 4);
+    EXPECT_EQ(SMSSUTF8StrCatUTF8Str(&record, nullptr), record.text);
+    EXPECT_EQ(SMSSUTF8StrCatUCS2Str(&record, nullptr), record.text);
+    SMSSUTF8StrFree(&record);
+    SMSSUTF8StrFree(&record);
+    EXPECT_EQ(record.text, nullptr);
+    EXPECT_EQ(record.capacity + record.length, 0u);
+    EXPECT_EQ(SMSSUTF8StrCatUTF8Str(&record, "a"), nullptr);
+    EXPECT_EQ(SMSSUTF8StrNCatUCS2Str(&record, Units(u"a").data(), 4), nullptr);
+
+    UCS2Record odd(1); // no room even for the terminator, which is written all the same
+    EXPECT_EQ(odd.capacity, 1u);
+    EXPECT_EQ(odd.text[0], 0u);
+    SMSSUCS2StrCatUTF8Str(&odd, "ab");
+    EXPECT_EQ(Text(odd.text), u"ab");
+    EXPECT_EQ(odd.capacity, 6u);
+}
+
+} // namespace

@@ -1,0 +1,177 @@
+#include <gtest/gtest.h>
+#include <qzvest/ucs2.h>
+
+#include <cstring>
+#include <random>
+
+#include "text/units.h"
+
+namespace {
+
+constexpr uint16_t kGuard = 0xABCD;
+
+// Room for a text with guard units behind it.
+std::vector<uint16_t> Room(const std::u16string &text, size_t size = 16)
+{
+    std::vector<uint16_t> room = Units(text);
+    room.resize(size, kGuard);
+    return room;
+}
+
+std::u16string RandomText(std::mt19937 &random, uint32_t letters, uint32_t most)
+{
+    std::u16string text(random() % (most + 1), u' ');
+    for (char16_t &unit : text)
+        unit = static_cast<char16_t>(u'a' + random() % letters);
+    return text;
+}
+
+TEST(UCS2, CopiesThroughTheTerminatorWhateverTheSizeSays)
+{
+    auto room = Room(u"", 8);
+    EXPECT_EQ(SMUCS2Strcpy_s(room.data(), 1, Units(u"abc").data()), room.data());
+    EXPECT_EQ(room, (std::vector<uint16_t>{'a', 'b', 'c', 0, kGuard, kGuard, kGuard, kGuard}));
+    EXPECT_EQ(SMUCS2Strcat_s(room.data(), 1, Units(u"de").data()), room.data());
+    EXPECT_EQ(room, (std::vector<uint16_t>{'a', 'b', 'c', 'd', 'e', 0, kGuard, kGuard}));
+}
+
+TEST(UCS2, CountedCopyNeitherPadsNorTerminates)
+{
+    auto room = Room(u"xyz", 6);
+    SMUCS2Strncpy(room.data(), Units(u"abcde").data(), 2);
+    EXPECT_EQ(Text(room.data()), u"abz");
+    SMUCS2Strncpy_s(room.data(), 0, Units(u"q").data(), 5);
+    EXPECT_EQ(room, (std::vector<uint16_t>{'q', 0, 'z', 0, kGuard, kGuard}));
+    SMUCS2Strncpy(room.data(), Units(u"w").data(), 0);
+    EXPECT_EQ(room[0], 'q');
+}
+
+TEST(UCS2, CountedAppendAlwaysTerminates)
+{
+    auto room = Room(u"x", 6);
+    SMUCS2Strncat(room.data(), Units(u"abcde").data(), 2);
+    EXPECT_EQ(room, (std::vector<uint16_t>{'x', 'a', 'b', 0, kGuard, kGuard}));
+    SMUCS2Strncat_s(room.data(), 0, Units(u"c").data(), 9);
+    EXPECT_EQ(room, (std::vector<uint16_t>{'x', 'a', 'b', 'c', 0, kGuard}));
+    SMUCS2Strncat(room.data(), Units(u"d").data(), 0);
+    EXPECT_EQ(Text(room.data()), u"xabc");
+}
+
+TEST(UCS2, CompareGivesACutDifference)
+{
+    const struct {
+        std::u16string first, second;
+        uint32_t difference;
+    } cases[] = {
+        {u"A", u"B", 0xFFFF},
+        {u"B", u"A", 1},
+        {u"ab", u"ab", 0},
+        {u"", u"", 0},
+        {u"abz", u"ab", 'z'},
+        {u"ab", u"abz", 0xFF86u},
+        {u"\xFFFF", u"\x0001", 0xFFFE},
+    };
+    for (const auto &c : cases)
+        EXPECT_EQ(SMUCS2Strcmp(Units(c.first).data(), Units(c.second).data()), c.difference);
+}
+
+// The searches and spans beside std::u16string over short texts of few letters.
+TEST(UCS2, SearchesAndSpansAgreeWithTheStandardLibrary)
+{
+    std::mt19937 random(52);
+    for (int round = 0; round < 20000; ++round) {
+        const std::u16string hay = RandomText(random, 3, 12);
+        const std::u16string set = RandomText(random, 2, 3);
+        const auto h = Units(hay);
+        const auto s = Units(set);
+        const size_t at = hay.find(set);
+        EXPECT_EQ(SMUCS2Strstr(h.data(), s.data()), at == hay.npos ? nullptr : h.data() + at);
+        const size_t outside = std::min(hay.find_first_not_of(set), hay.size());
+        EXPECT_EQ(SMUCS2Strspn(h.data(), s.data()), set.empty() ? 0 : outside);
+        EXPECT_EQ(SMUCS2Strcspn(h.data(), s.data()), std::min(hay.find_first_of(set), hay.size()));
+        const size_t b = hay.find(u'b');
+        EXPECT_EQ(SMUCS2Strchr(h.data(), 'b'), b == hay.npos ? nullptr : h.data() + b);
+        EXPECT_EQ(SMUCS2Strchr(h.data(), 0), h.data() + hay.size());
+        EXPECT_EQ(SMUCS2Strlen(h.data()), hay.size());
+        auto reversed = h;
+        EXPECT_EQ(SMUCS2Strrev(reversed.data()), reversed.data());
+        EXPECT_EQ(Text(reversed.data()), std::u16string(hay.rbegin(), hay.rend()));
+        if (HasFailure())
+            FAIL() << "round " << round;
+    }
+}
+
+TEST(UCS2, TokensShareOnePosition)
+{
+    auto list = Units(u",,a,,b,");
+    const auto comma = Units(u",");
+    EXPECT_EQ(Text(SMUCS2Strtok(list.data(), comma.data())), u"a");
+    uint16_t *context = list.data();
+    EXPECT_EQ(Text(SMUCS2Strtok_s(nullptr, comma.data(), &context)), u"b"); // goes on where the plain call was
+    EXPECT_EQ(context, list.data());
+    EXPECT_EQ(SMUCS2Strtok(nullptr, comma.data()), nullptr);
+    EXPECT_EQ(SMUCS2Strtok_s(nullptr, comma.data(), nullptr), nullptr);
+
+    auto whole = Units(u"a,b");
+    EXPECT_EQ(Text(SMUCS2Strtok(whole.data(), Units(u"").data())), u"a,b");
+    EXPECT_EQ(SMUCS2Strtok(nullptr, comma.data()), nullptr);
+
+    auto first = Units(u"a,b"), empty = Units(u"");
+    SMUCS2Strtok(first.data(), comma.data());
+    EXPECT_EQ(SMUCS2Strtok(empty.data(), comma.data()), nullptr); // and the old position is gone
+    EXPECT_EQ(SMUCS2Strtok(nullptr, comma.data()), nullptr);
+}
+
+TEST(UCS2, FillsStopAtTheTerminatorOrAtTheCount)
+{
+    auto room = Room(u"ab", 6);
+    SMUCS2Strset_s(room.data(), 1, 'x');
+    EXPECT_EQ(room, (std::vector<uint16_t>{'x', 'x', 0, kGuard, kGuard, kGuard}));
+    SMUCS2Strnset_s(room.data(), 1, 'y', 5);
+    EXPECT_EQ(room, (std::vector<uint16_t>{'y', 'y', 'y', 'y', 'y', kGuard}));
+}
+
+TEST(UCS2ToEscape, EveryUnitHasItsText)
+{
+    for (uint32_t unit = 1; unit < 0x10000; ++unit) {
+        const uint16_t source[] = {static_cast<uint16_t>(unit), 0};
+        char expected[8];
+        const char *letter = std::strchr("\tt\nn\rr\\\\", static_cast<int>(unit));
+        if (unit < 0x80 && letter != nullptr && std::strchr("\t\n\r\\", static_cast<int>(unit)))
+            std::snprintf(expected, sizeof expected, "\\%c", letter[1]);
+        else if (unit >= 0x20 && unit < 0x80)
+            std::snprintf(expected, sizeof expected, "%c", static_cast<int>(unit));
+        else
+            std::snprintf(expected, sizeof expected, "\\u%04x", unit);
+        char text[8];
+        uint32_t size = sizeof text;
+        ASSERT_EQ(SMUCS2ToEscape(text, &size, source), SM_STATUS_OK);
+        ASSERT_STREQ(text, expected) << unit;
+        ASSERT_EQ(size, std::strlen(expected) + 1);
+    }
+}
+
+TEST(UCS2ToEscape, SizeRules)
+{
+    const auto source = Units(u"\tA\u00e9");
+    char text[12] = "untouched";
+    for (const uint32_t capacity : {0u, 9u}) {
+        uint32_t size = capacity;
+        EXPECT_EQ(SMUCS2ToEscape(capacity != 0 ? text : nullptr, &size, source.data()), SM_STATUS_BUFFER_TOO_SMALL);
+        EXPECT_EQ(size, 10u);
+    }
+    EXPECT_STREQ(text, "untouched");
+    uint32_t size = 10;
+    EXPECT_EQ(SMUCS2ToEscape(nullptr, &size, source.data()), SM_STATUS_OK);
+    EXPECT_EQ(SMUCS2ToEscape(text, nullptr, source.data()), SM_STATUS_OK);
+    EXPECT_STREQ(text, "\\tA\\u00e9");
+    EXPECT_EQ(SMUCS2ToEscape(nullptr, nullptr, source.data()), SM_STATUS_OK);
+    size = 7;
+    EXPECT_EQ(SMUCS2ToEscape(text, &size, nullptr), SM_STATUS_BAD_ARGUMENT);
+    EXPECT_EQ(size, 7u);
+    EXPECT_EQ(SMUCS2ToEscape(text, &size, Units(u"").data()), SM_STATUS_OK);
+    EXPECT_STREQ(text, "");
+    EXPECT_EQ(size, 1u);
+}
+
+} // namespace

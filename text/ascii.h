@@ -1,0 +1,70 @@
+// Runs of ASCII between the encodings, in the compiler's own vectors: with the instructions of the function that they
+// are inlined into.
+#ifndef TEXT_ASCII_H
+#define TEXT_ASCII_H
+
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+
+namespace qzvest {
+
+#define QZVEST_INLINE __attribute__((always_inline)) inline
+
+using Bytes16 __attribute__((vector_size(16))) = uint8_t;
+using Units16 __attribute__((vector_size(32))) = uint16_t;
+
+QZVEST_INLINE uint64_t WordAt(const void *place)
+{
+    uint64_t word;
+    std::memcpy(&word, place, sizeof word);
+    return word;
+}
+
+// True when one of 16 bytes, or of 16 units, is beyond ASCII.
+QZVEST_INLINE bool BeyondAscii(const char *block)
+{
+    return ((WordAt(block) | WordAt(block + 8)) & UINT64_C(0x8080808080808080)) != 0;
+}
+
+QZVEST_INLINE bool BeyondAscii(const uint16_t *block)
+{
+    return ((WordAt(block) | WordAt(block + 4) | WordAt(block + 8) | WordAt(block + 12)) &
+            UINT64_C(0xFF80FF80FF80FF80)) != 0;
+}
+
+QZVEST_INLINE void CopyBlock(uint16_t *to, const char *from)
+{
+    Bytes16 block;
+    std::memcpy(&block, from, sizeof block);
+    const Units16 units = __builtin_convertvector(block, Units16);
+    std::memcpy(to, &units, sizeof units);
+}
+
+QZVEST_INLINE void CopyBlock(char *to, const uint16_t *from)
+{
+    Units16 block;
+    std::memcpy(&block, from, sizeof block);
+    const Bytes16 bytes = __builtin_convertvector(block, Bytes16);
+    std::memcpy(to, &bytes, sizeof bytes);
+}
+
+// Copies the opening run of ASCII, at most count of it, and gives its length.
+template <bool kWrites, typename To, typename From>
+QZVEST_INLINE size_t CopyAscii(To *to, const From *from, size_t count)
+{
+    size_t done = 0;
+    for (; count - done >= 16 && !BeyondAscii(from + done); done += 16) {
+        if constexpr (kWrites)
+            CopyBlock(to + done, from + done);
+    }
+    for (; done < count && static_cast<uint16_t>(from[done]) < 0x80; ++done) {
+        if constexpr (kWrites)
+            to[done] = static_cast<To>(from[done]);
+    }
+    return done;
+}
+
+} // namespace qzvest
+
+#endif

@@ -1,0 +1,24 @@
+// Small tools on NUL-terminated byte strings. In spite of the name none decodes UTF-8: all work on bytes.
+#ifndef TEXT_UTF8_H
+#define TEXT_UTF8_H
+
+#include <cstdint>
+
+namespace qzvest {
+
+char *SMUTF8ltrim(char *string);
+char *SMUTF8rtrim(char *string);
+char *SMUTF8trim(char *string);
+char *SMUTF8StrUpperCase(char *string);
+char *SMUTF8StrLowerCase(char *string);
+char *SMUTF8Strrev(char *string);
+char *SMUTF8Strdup(const char *string);
+int32_t SMUTF8Strnicmp(const char *first, const char *second, uint32_t maximum);
+char *SMUTF8Strstri(const char *haystack, const char *needle);
+
+// SMUTF8Strdup that tells the bytes of the copy, terminator included; 0 when there is none. sizeOut may be NULL.
+char *UTF8StrdupSized(const char *string, uint32_t *sizeOut);
+
+} // namespace qzvest
+
+#endif
