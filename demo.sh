@@ -48,6 +48,32 @@ install_missing() {
         apt-get -q -y --no-install-recommends install $packages
 }
 
+# The CRC-32 of a file as gzip writes it behind what it has packed, lowest byte first.
+crc32_of() {
+    # shellcheck disable=SC2046 # four bytes, four words
+    set -- $(gzip -c <"$1" | tail -c 8 | od -A n -t x1 -N 4)
+    printf '%s' "${4-}${3-}${2-}${1-}"
+}
+
+md5_of() {
+    md5sum <"$1" | cut -d ' ' -f 1
+}
+
+# compare NAME TOOL FUNCTION: the sum that a tool finds, and whether the client's row of that name says the same.
+compare() {
+    if ! command -v "$2" >/dev/null; then
+        printf '  %-9s not compared, there is no %s here\n' "$1" "$2"
+        return
+    fi
+    theirs=$("$3" "$build/examples/client")
+    verdict='agrees'
+    if [ "$theirs" != "$(printf '%s\n' "$shown" | sed -n "s/^  $1  *//p")" ]; then
+        verdict='DOES NOT AGREE'
+        differing=$1
+    fi
+    printf '  %-9s %-32s  %s %s\n' "$1" "$theirs" "$2" "$verdict"
+}
+
 printf '%s\n' \
     'This builds libqzvest and two small programs, a service and a client, and runs them once.' \
     'The service asks this machine about itself and hands the answers to the client as one block' \
@@ -63,6 +89,17 @@ install_missing
 quietly 'Preparing the build' cmake --preset release --fresh -B "$build" -DQZVEST_TESTS=OFF -DQZVEST_BENCH=OFF
 quietly 'The build' cmake --build "$build"
 
-"$build/examples/service"
+# Both streams in one, so that a message keeps its place.
+shown=$("$build/examples/service" 2>&1) || {
+    printf '%s\n' "$shown" >&2
+    fail 'the demo ended with a failure'
+}
+printf '%s\n' "$shown" '' \
+    '  The same sums of the same file by tools of this system' \
+    '  ------------------------------------------------------'
+differing=
+compare CRC-32 gzip crc32_of
+compare 'RFC 1321' md5sum md5_of
+[ -z "$differing" ] || fail "$differing differs from what the tool of this system says"
 
 printf '\n%s\n' "Again without building: $PWD/$build/examples/service"

@@ -1,5 +1,5 @@
 /* The demo's client: receives a block on its standard input, reads it where it lies, walks it, patches it, and
- * rebuilds the object from it.
+ * rebuilds the object from it. Then it shows what else the library does with a text and with a file.
  *
  * A block is trusted by whoever reads it, and so this one must come from the service that started us. */
 #include "client.h"
@@ -21,7 +21,7 @@ int ClientFailed(const char *what, uint32_t status)
     return 0;
 }
 
-static int SystemFailed(const char *what, const char *why)
+int SystemFailed(const char *what, const char *why)
 {
     (void)fflush(stdout);
     (void)fprintf(stderr, "client: %s: %s\n", what, why);
@@ -170,7 +170,7 @@ static int UseBlock(Block *block)
         return 0;
     }
     PrintHeading("The whole block, walked from front to back");
-    return PrintTree(block->bytes) && PatchAndCompare(block);
+    return PrintTree(block->bytes) && PatchAndCompare(block) && PrintTexts(block->bytes) && PrintSums();
 }
 
 int main(void)

@@ -1,5 +1,6 @@
 /* The client's own parts: show.c turns values into text for people, tree.c walks a block, patch.c changes
- * one. Calls that return int give 1 when all went well and 0 after a message on standard error. */
+ * one, texts.c shows what a text of it looks like in several forms, sums.c sums a file. Calls that return int give 1
+ * when all went well and 0 after a message on standard error. */
 #ifndef EXAMPLES_CLIENT_H
 #define EXAMPLES_CLIENT_H
 
@@ -15,6 +16,9 @@ enum { SHOWN = 512 }; /* room for a value as text */
 
 /* Prints what failed, with the library's status; always 0. */
 int ClientFailed(const char *what, uint32_t status);
+
+/* Prints what failed, with the system's reason; always 0. */
+int SystemFailed(const char *what, const char *why);
 
 void PrintHeading(const char *text);
 
@@ -39,5 +43,11 @@ int PrintTree(const SMSDOBinary *block);
 /* Changes two values of the block and sets them back, and compares what is rebuilt from the block each time with
  * the object as it was received. */
 int PatchAndCompare(Block *block);
+
+/* Prints host name and operating system in UTF-8, UCS-2, escaped, and as Base64. */
+int PrintTexts(const SMSDOBinary *block);
+
+/* Prints the sums of this program's executable. */
+int PrintSums(void);
 
 #endif
