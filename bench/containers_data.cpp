@@ -1,24 +1,10 @@
 #include "containers_data.h"
 
 #include <algorithm>
-#include <map>
-#include <random>
 #include <set>
 
 namespace bench {
 namespace {
-
-Keys MakeKeys(int64_t count)
-{
-    std::mt19937 random(static_cast<uint32_t>(count));
-    std::set<uint32_t> different;
-    while (different.size() < static_cast<size_t>(count))
-        different.insert(static_cast<uint32_t>(random()));
-    Keys keys{{different.begin(), different.end()}, {different.begin(), different.end()}};
-    std::shuffle(keys.inserted.begin(), keys.inserted.end(), random);
-    std::shuffle(keys.wanted.begin(), keys.wanted.end(), random);
-    return keys;
-}
 
 int32_t Order(const void *key, const void *data)
 {
@@ -39,11 +25,20 @@ int CompareConst(const void *key, const void *data)
     return Order(key, data);
 }
 
-const Keys &KeysOf(int64_t count)
+Keys::Keys(int64_t count) : random(static_cast<uint32_t>(count))
 {
-    static std::map<int64_t, Keys> made;
-    const auto found = made.find(count);
-    return found != made.end() ? found->second : made.emplace(count, MakeKeys(count)).first->second;
+    std::set<uint32_t> different;
+    while (different.size() < static_cast<size_t>(count))
+        different.insert(static_cast<uint32_t>(random()));
+    inserted.assign(different.begin(), different.end());
+    wanted = inserted;
+    Shuffle();
+}
+
+void Keys::Shuffle()
+{
+    std::shuffle(inserted.begin(), inserted.end(), random);
+    std::shuffle(wanted.begin(), wanted.end(), random);
 }
 
 } // namespace bench

@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <ctime>
 #include <memory>
+#include <random>
 #include <string>
 #include <vector>
 
@@ -25,10 +26,17 @@ int CompareConst(const void *key, const void *data); // the same with the C libr
 
 // So many different random keys, in two unrelated orders.
 struct Keys {
+    explicit Keys(int64_t count);
+
+    // New orders for each round: a processor learns a thousand searches by heart when they come again and again.
+    void Shuffle();
+
     std::vector<uint32_t> inserted;
     std::vector<uint32_t> wanted;
+
+private:
+    std::minstd_rand random;
 };
-const Keys &KeysOf(int64_t count);
 
 inline double ThreadSeconds()
 {
@@ -71,8 +79,9 @@ private:
 template <typename Tree>
 void InsertRow(benchmark::State &state)
 {
-    const Keys &keys = KeysOf(state.range(0));
+    Keys keys(state.range(0));
     while (state.KeepRunningBatch(state.range(0))) {
+        keys.Shuffle();
         Grove<Tree> grove(keys);
         const double start = ThreadSeconds();
         if (!grove.InsertAll())
@@ -84,11 +93,12 @@ void InsertRow(benchmark::State &state)
 template <typename Tree>
 void SearchRow(benchmark::State &state)
 {
-    const Keys &keys = KeysOf(state.range(0));
+    Keys keys(state.range(0));
     Grove<Tree> grove(keys);
     grove.InsertAll();
     bool all = true;
     while (state.KeepRunningBatch(state.range(0))) {
+        keys.Shuffle();
         const double start = ThreadSeconds();
         for (const uint32_t key : keys.wanted) {
             typename Tree::Element wanted;
@@ -104,9 +114,10 @@ void SearchRow(benchmark::State &state)
 template <typename Tree>
 void DeleteRow(benchmark::State &state)
 {
-    const Keys &keys = KeysOf(state.range(0));
+    Keys keys(state.range(0));
     bool all = true;
     while (state.KeepRunningBatch(state.range(0))) {
+        keys.Shuffle();
         Grove<Tree> grove(keys);
         grove.InsertAll();
         const double start = ThreadSeconds();
