@@ -5,19 +5,24 @@ set -eu
 cd "$(dirname "$0")"
 
 needed="g++ cmake ninja-build libgtest-dev libgmock-dev libbenchmark-dev"
-peers="libflatbuffers-dev flatbuffers-compiler libprotobuf-dev protobuf-compiler libglib2.0-dev pkg-config libbsd-dev"
+peers="libflatbuffers-dev flatbuffers-compiler libprotobuf-dev protobuf-compiler libglib2.0-dev pkg-config libbsd-dev
+libicu-dev zlib1g-dev libdeflate-dev libssl-dev libb64-dev"
 
-missing=
-for package in $needed $peers; do
-    dpkg-query -W -f '${Status}' "$package" 2>/dev/null | grep -q 'ok installed' || missing="$missing $package"
+sudo=
+[ "$(id -u)" -eq 0 ] || sudo=sudo
+updated=
+install() { # install PACKAGE, unless it is there
+    dpkg-query -W -f '${Status}' "$1" 2>/dev/null | grep -q 'ok installed' && return
+    [ -n "$updated" ] || $sudo apt-get update >&2
+    updated=yes
+    $sudo apt-get install -y --no-install-recommends "$1" >&2
+}
+for package in $needed; do
+    install "$package"
 done
-if [ -n "$missing" ]; then
-    sudo=
-    [ "$(id -u)" -eq 0 ] || sudo=sudo
-    # shellcheck disable=SC2086 # a list of words
-    { $sudo apt-get update && $sudo apt-get install -y --no-install-recommends $missing; } >&2 ||
-        echo "not installed:$missing" >&2
-fi
+for package in $peers; do
+    install "$package" || echo "left out: $package" >&2
+done
 
 build=build/release
 cmake --preset release >&2
@@ -26,7 +31,7 @@ cmake --build --preset release --target benchmarks >&2
 # The median of five runs in random order, so that what else the machine does meets all alike.
 results=$build/bench/results.csv
 : >"$results"
-for program in sdo_bench containers_bench frame_bench; do
+for program in frame_bench sdo_bench containers_bench list_bench lock_bench digest_bench text_bench; do
     echo "running $program" >&2
     "$build/bench/$program" --benchmark_format=csv --benchmark_min_time=0.05 --benchmark_repetitions=5 \
         --benchmark_enable_random_interleaving=true --benchmark_report_aggregates_only=true \

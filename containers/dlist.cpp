@@ -20,7 +20,7 @@ Entry **LinkBackFrom(SMDLList *list, Entry *following)
     return following != nullptr ? &following->prev : &list->tail;
 }
 
-// Whatever leads to old from before or from behind now leads to these. An entry in no list changes nothing.
+// Whatever leads to old from before or from behind now leads to these. An entry whose links are clear changes nothing.
 void Redirect(SMDLList *list, Entry *old, Entry *forward, Entry *back)
 {
     if (list->head == old)

@@ -143,6 +143,8 @@ void StepOf(uint32_t *a, uint32_t b, uint32_t c, uint32_t d, uint32_t word, uint
 
 } // namespace
 
+// The state stays in registers over all blocks and goes back at the end. Nobody but the caller sees the record
+// meanwhile, and he waits.
 void RFC1321Transform(uint32_t *state, const uint8_t *bytes, size_t blocks)
 {
     State words = {state[0], state[1], state[2], state[3]};

@@ -16,14 +16,15 @@ extern "C" {
 #endif
 
 /* SMBase64Encode - the text of bytes, in one line whatever its length.
- *   text      takes (size + 2) / 3 * 4 + 1 bytes
+ *   text      takes (size + 2) / 3 * 4 + 1 bytes, or 1 for a size below 0
  *   size      bytes at bytes; 0 and below give an empty text
  *   alphabet  64 characters, or NULL for A-Z a-z 0-9 + /; the pad character is = with any
  * Returns SM_STATUS_OK. */
 SM_EXPORT uint32_t SMBase64Encode(char *text, const void *bytes, int32_t size, const char *alphabet);
 
 /* SMBase64Decode - the bytes of a text in the default alphabet.
- *   bytes   takes length / 4 * 3 + 1 bytes at most; how many were written can be told from the text alone
+ *   bytes   takes length / 4 * 3 + 1 bytes at most, or 1 for a length below 0; how many were written can be
+ *           told from the text alone
  *   text    need not be terminated; it is taken in groups of four characters, as they come
  *   length  characters at text; those behind the last whole group are ignored, below 4 the result is empty
  * A character outside the alphabet, a line break too, counts as the value 63. A = in the first or second place

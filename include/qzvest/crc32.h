@@ -24,8 +24,8 @@ SM_EXPORT uint32_t SMCRC32Compute_str(const char *text);
  * current locale. In spite of the name there is no length. */
 SM_EXPORT uint32_t SMCRC32Compute_strncase(const char *text);
 
-/* SMGenerateCRC32 - a sum over a fixed number of bytes. Its values are not those of the calls above, for any
- * input, and neither replaces the other.
+/* SMGenerateCRC32 - a sum over a fixed number of bytes. It is another sum than that of the calls above, with
+ * other values, and neither replaces the other.
  *   size       bytes at bytes; those beyond processed are not read
  *   processed  bytes that go into the sum: zeros follow the data up to this number
  * Returns the sum; 0xFFFFFFFF when processed is 0. */

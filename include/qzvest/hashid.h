@@ -58,7 +58,8 @@ SM_EXPORT uint32_t SMGetMaxInUseID(const SMHashTable *table, uint32_t bytes);
 /* SMFindFirstHashID, SMFindNextHashID - the IDs in use in ascending order, one a call.
  *   wordInOut, bitInOut  the place of the last ID found, its word and its bit in that; FindFirst starts them.
  *                        A bit above 31 means the end of that word.
- * Returns the ID, with its place stored; or 0 when there is none, with the place as it was. */
+ * Returns the ID, with its place stored; or 0 when there is none, with the place as it was (after
+ * SMFindFirstHashID: 0 and 0). */
 SM_EXPORT uint32_t SMFindFirstHashID(const SMHashTable *table, uint32_t bytes, uint32_t *wordInOut, uint32_t *bitInOut);
 SM_EXPORT uint32_t SMFindNextHashID(const SMHashTable *table, uint32_t bytes, uint32_t *wordInOut, uint32_t *bitInOut);
 

@@ -30,11 +30,12 @@ SM_EXPORT SMMutex *SMMutexCreate_s(const char *name, uint32_t accessMask);
  *   with SM_WAIT_FOREVER it never comes back. */
 SM_EXPORT uint32_t SMMutexLock(SMMutex *handle, uint32_t timeoutMs);
 
-/* SMMutexUnLock - release a mutex. Returns SM_STATUS_OK. */
+/* SMMutexUnLock - release a mutex. Any thread may do so, held by it or not; nothing tells it when nobody holds it.
+ * Returns SM_STATUS_OK. */
 SM_EXPORT uint32_t SMMutexUnLock(SMMutex *handle);
 
-/* SMMutexDestroy - end a mutex, which no thread may hold or wait for. Nothing for NULL and handles of another
- * kind. */
+/* SMMutexDestroy - end a mutex. A held one is not released first; no thread may wait for it or use it any more.
+ * Nothing for NULL and handles of another kind. */
 SM_EXPORT void SMMutexDestroy(SMMutex *handle);
 
 #ifdef __cplusplus

@@ -21,8 +21,9 @@ SM_EXPORT void SMRFC1321Load(SMRFC1321Ctx *ctx);
  *   size  bytes at bytes, which may lie at any address; 0 does nothing */
 SM_EXPORT void SMRFC1321AddMsg(SMRFC1321Ctx *ctx, const void *bytes, uint32_t size);
 
-/* SMRFC1321ComputeMsgDigest - end the message; its digest stands in ctx->digest until SMRFC1321UnLoad. The
- * message cannot be continued, and a second call takes in further padding and so gives another value. */
+/* SMRFC1321ComputeMsgDigest - end the message; its digest stands in ctx->digest until SMRFC1321UnLoad or the
+ * next SMRFC1321Load. The message cannot be continued, and a second call takes in further padding and so gives another
+ * value. */
 SM_EXPORT void SMRFC1321ComputeMsgDigest(SMRFC1321Ctx *ctx);
 
 /* SMRFC1321UnLoad - overwrite the whole record with zeros, the digest included. */

@@ -2,7 +2,8 @@
  *
  * Text in UTF-8 is char, a UCS-2 unit is uint16_t, a status is uint32_t with the names of status.h.
  * Records that are only named here are opaque: each is a type of its own, so that a compiler catches one
- * given for another. Records with members have a layout that callers may rely on. */
+ * given for another. Areas and blocks in the caller's memory are void. Records with members have a layout that
+ * callers may rely on. */
 #ifndef QZVEST_TYPES_H
 #define QZVEST_TYPES_H
 
