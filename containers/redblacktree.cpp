@@ -251,15 +251,12 @@ uint32_t SMRedBlackTreeDataDelete(SMRedBlackTree *tree, void *key, SMCompareCall
 
 void SMRedBlackTreeDelete(SMRedBlackTree *tree, void *context, SMReleaseCallback release)
 {
-    if (tree == nullptr || *tree == nullptr)
+    if (tree == nullptr)
         return;
-    Node *node = *tree;
-    SMRedBlackTreeDelete(&node->right, context, release);
-    SMRedBlackTreeDelete(&node->left, context, release);
-    if (release != nullptr)
-        (void)release(context, node->data); // nothing can be done about a release that fails
-    std::free(node);
-    *tree = nullptr;
+    TreeClear(tree, [=](void *data) {
+        if (release != nullptr)
+            (void)release(context, data); // nothing can be done about a release that fails
+    });
 }
 
 void *SMRedBlackTreeDataWalk(SMRedBlackTree root, void *context, SMVisitCallback visit, int32_t walkType)

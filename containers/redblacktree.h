@@ -5,6 +5,8 @@
 #include <qzvest/status.h>
 #include <qzvest/types.h>
 
+#include <cstdlib>
+
 namespace qzvest {
 
 void SMRedBlackTreeAttach(SMRedBlackTree *tree);
@@ -57,6 +59,30 @@ inline SMRedBlackTreeNode *TreeFirst(SMRedBlackTree root)
     while (root->left != nullptr)
         root = root->left;
     return root;
+}
+
+// Empties the tree, or the subtree in this slot: right subtree, left subtree, then release(data) and the node itself.
+template <typename Release>
+inline void TreeClear(SMRedBlackTree *tree, Release release)
+{
+    SMRedBlackTreeNode *const top = *tree;
+    SMRedBlackTreeNode *node = top;
+    while (node != nullptr) {
+        if (SMRedBlackTreeNode *below = node->right != nullptr ? node->right : node->left) {
+            node = below;
+            continue;
+        }
+        SMRedBlackTreeNode *above = node != top ? node->parent : nullptr;
+        release(node->data);
+        std::free(node);
+        if (above == nullptr)
+            *tree = nullptr;
+        else if (above->right != nullptr) // the right subtree goes first: as long as there is one, it was that
+            above->right = nullptr;
+        else
+            above->left = nullptr;
+        node = above;
+    }
 }
 
 inline SMRedBlackTreeNode *TreeLast(SMRedBlackTree root)

@@ -10,12 +10,11 @@
 
 #include "digest/base64.h"
 
-#if defined(__x86_64__) || defined(__i386__)
+#include "compat/cpu.h"
+
+#if QZVEST_X86
 
 #include <immintrin.h>
-
-#define SSSE3 [[gnu::target("ssse3")]]
-#define AVX2 [[gnu::target("avx2")]]
 
 namespace qzvest {
 namespace {
@@ -45,28 +44,28 @@ constexpr int kPairValues = 0x01400140; // 64 and 1: two values of six bits to o
 constexpr int kPairPairs = 0x00011000;  // 4096 and 1: two of twelve to one of 24
 constexpr char kNibble = 0x2F;          // 0x20 drops out: a shuffle looks at the low four bits and the top one
 
-SSSE3 inline __m128i Load16(const void *from)
+QZVEST_SSSE3 inline __m128i Load16(const void *from)
 {
     return _mm_loadu_si128(static_cast<const __m128i *>(from));
 }
 
-SSSE3 inline void Store16(void *to, __m128i value)
+QZVEST_SSSE3 inline void Store16(void *to, __m128i value)
 {
     _mm_storeu_si128(static_cast<__m128i *>(to), value);
 }
 
-SSSE3 inline __m128i Entries16(const Row &row)
+QZVEST_SSSE3 inline __m128i Entries16(const Row &row)
 {
     return _mm_load_si128(reinterpret_cast<const __m128i *>(row.at));
 }
 
-AVX2 inline __m256i Entries32(const Row &row)
+QZVEST_AVX2 inline __m256i Entries32(const Row &row)
 {
     return _mm256_broadcastsi128_si256(_mm_load_si128(reinterpret_cast<const __m128i *>(row.at)));
 }
 
 // The low 12 bytes to 16 characters.
-SSSE3 inline __m128i Encode16(__m128i in)
+QZVEST_SSSE3 inline __m128i Encode16(__m128i in)
 {
     in = _mm_shuffle_epi8(in, Entries16(kSpread));
     const __m128i ac = _mm_mulhi_epu16(_mm_and_si128(in, _mm_set1_epi32(kFieldsAC)), _mm_set1_epi32(kMoveAC));
@@ -78,7 +77,7 @@ SSSE3 inline __m128i Encode16(__m128i in)
 }
 
 // The low 12 bytes of each half to 16 characters there.
-AVX2 inline __m256i Encode32(__m256i in)
+QZVEST_AVX2 inline __m256i Encode32(__m256i in)
 {
     in = _mm256_shuffle_epi8(in, Entries32(kSpread));
     const __m256i ac =
@@ -92,7 +91,7 @@ AVX2 inline __m256i Encode32(__m256i in)
 }
 
 // 16 characters to 12 bytes, low in values; false when one is not of the alphabet.
-SSSE3 inline bool Decode16(__m128i in, __m128i &values)
+QZVEST_SSSE3 inline bool Decode16(__m128i in, __m128i &values)
 {
     const __m128i nibble = _mm_set1_epi8(kNibble);
     const __m128i high = _mm_and_si128(_mm_srli_epi32(in, 4), nibble);
@@ -108,7 +107,7 @@ SSSE3 inline bool Decode16(__m128i in, __m128i &values)
 }
 
 // 32 characters to 24 bytes, low in values.
-AVX2 inline bool Decode32(__m256i in, __m256i &values)
+QZVEST_AVX2 inline bool Decode32(__m256i in, __m256i &values)
 {
     const __m256i nibble = _mm256_set1_epi8(kNibble);
     const __m256i high = _mm256_and_si256(_mm256_srli_epi32(in, 4), nibble);
@@ -124,7 +123,7 @@ AVX2 inline bool Decode32(__m256i in, __m256i &values)
     return true;
 }
 
-SSSE3 size_t EncodeSSSE3(char *text, const uint8_t *bytes, size_t size)
+QZVEST_SSSE3 size_t EncodeSSSE3(char *text, const uint8_t *bytes, size_t size)
 {
     size_t taken = 0;
     for (; size - taken >= 16; taken += 12, text += 16)
@@ -132,7 +131,7 @@ SSSE3 size_t EncodeSSSE3(char *text, const uint8_t *bytes, size_t size)
     return taken;
 }
 
-AVX2 size_t EncodeAVX2(char *text, const uint8_t *bytes, size_t size)
+QZVEST_AVX2 size_t EncodeAVX2(char *text, const uint8_t *bytes, size_t size)
 {
     size_t taken = 0;
     for (; size - taken >= 28; taken += 24, text += 32) {
@@ -142,7 +141,7 @@ AVX2 size_t EncodeAVX2(char *text, const uint8_t *bytes, size_t size)
     return taken;
 }
 
-SSSE3 size_t DecodeSSSE3(uint8_t *bytes, const char *text, size_t groups)
+QZVEST_SSSE3 size_t DecodeSSSE3(uint8_t *bytes, const char *text, size_t groups)
 {
     size_t taken = 0;
     __m128i values;
@@ -154,7 +153,7 @@ SSSE3 size_t DecodeSSSE3(uint8_t *bytes, const char *text, size_t groups)
     return taken;
 }
 
-AVX2 size_t DecodeAVX2(uint8_t *bytes, const char *text, size_t groups)
+QZVEST_AVX2 size_t DecodeAVX2(uint8_t *bytes, const char *text, size_t groups)
 {
     size_t taken = 0;
     __m256i values;
@@ -172,9 +171,9 @@ AVX2 size_t DecodeAVX2(uint8_t *bytes, const char *text, size_t groups)
 size_t Base64EncodeVectors(char *text, const uint8_t *bytes, size_t size)
 {
     size_t taken = 0;
-    if (__builtin_cpu_supports("avx2"))
+    if (HasAVX2())
         taken = EncodeAVX2(text, bytes, size);
-    if (__builtin_cpu_supports("ssse3"))
+    if (HasSSSE3())
         taken += EncodeSSSE3(text + taken / 3 * 4, bytes + taken, size - taken);
     return taken;
 }
@@ -182,9 +181,9 @@ size_t Base64EncodeVectors(char *text, const uint8_t *bytes, size_t size)
 size_t Base64DecodeVectors(uint8_t *bytes, const char *text, size_t groups)
 {
     size_t taken = 0;
-    if (__builtin_cpu_supports("avx2"))
+    if (HasAVX2())
         taken = DecodeAVX2(bytes, text, groups);
-    if (__builtin_cpu_supports("ssse3"))
+    if (HasSSSE3())
         taken += DecodeSSSE3(bytes + taken * 3, text + taken * 4, groups - taken);
     return taken;
 }

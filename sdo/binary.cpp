@@ -36,34 +36,50 @@ HeapPtr<uint8_t> FlattenNested(const SMSDOEntry *entry, uint32_t length)
     return block;
 }
 
+// The value into the data area, its length and offset into the descriptor. A nested object that grew behind the
+// parent's back may not fit. The total counts it all the same and so gives it away.
+void WriteLong(FlatWriter &writer, uint8_t *descriptor, const uint8_t *value, uint32_t length)
+{
+    StoreAs(descriptor + offsetof(SMSDOBinaryEntry, length), static_cast<uint16_t>(length));
+    StoreAs(descriptor + offsetof(SMSDOBinaryEntry, offset), static_cast<uint16_t>(writer.total - writer.descriptor));
+    if (uint64_t{writer.total} + length <= writer.capacity)
+        std::memcpy(writer.block + writer.total, value, length);
+    writer.total += length;
+}
+
 // False, with the total as it was, ends the writing.
 bool WriteEntry(FlatWriter &writer, const SMSDOEntry *entry)
 {
-    SMSDOBinaryEntry descriptor{entry->id, entry->type, 0, 0, 0};
     const auto length = static_cast<uint32_t>(SMSDOEntryDataSize(entry->type, entry->data(), entry->size));
     const uint8_t *value = entry->data();
+    uint8_t type = entry->type;
     HeapPtr<uint8_t> nested;
-    if (KindOf(entry->type) == SM_SDO_KIND_OBJECT) {
+    if (KindOf(type) == SM_SDO_KIND_OBJECT) {
         nested = FlattenNested(entry, length);
         if (!nested)
             return false;
-        descriptor.type = WithKind(entry->type, SM_SDO_KIND_FLAT);
+        type = WithKind(type, SM_SDO_KIND_FLAT);
         value = nested.get();
     }
-    if (length > kInlineLimit) {
-        descriptor.storage = kOutOfLine;
-        descriptor.length = static_cast<uint16_t>(length);
-        descriptor.offset = static_cast<uint16_t>(writer.total - writer.descriptor);
-        // A nested object that grew behind the parent's back may not fit. The total counts it all the same
-        // and so gives it away.
-        if (uint64_t{writer.total} + length <= writer.capacity)
-            std::memcpy(writer.block + writer.total, value, length);
-        writer.total += length;
+    // Written field by field where it stands: put together first, it would be read back before its parts have
+    // reached memory, and the processor waits for that.
+    const bool isLong = length > kInlineLimit;
+    uint8_t *descriptor = writer.block + writer.descriptor;
+    StoreAs(descriptor + offsetof(SMSDOBinaryEntry, id), entry->id);
+    descriptor[offsetof(SMSDOBinaryEntry, type)] = type;
+    descriptor[offsetof(SMSDOBinaryEntry, storage)] =
+        isLong ? kOutOfLine : static_cast<uint8_t>((length - 1) & kInlineLength);
+    if (isLong) {
+        WriteLong(writer, descriptor, value, length);
     } else {
-        descriptor.storage = static_cast<uint8_t>((length - 1) & kInlineLength);
-        std::memcpy(reinterpret_cast<uint8_t *>(&descriptor) + kInlineAt, value, length);
+        // Most short values are whole words, copied without a call.
+        if (length == kInlineLimit) {
+            std::memcpy(descriptor + kInlineAt, value, kInlineLimit);
+        } else {
+            StoreAs(descriptor + kInlineAt, uint32_t{0});
+            std::memcpy(descriptor + kInlineAt, value, length);
+        }
     }
-    StoreAs(writer.block + writer.descriptor, descriptor);
     writer.descriptor += kDescriptorSize;
     return true;
 }

@@ -101,7 +101,7 @@ void SMSDOConfigFree(SMSDOConfig *config)
     if (config == nullptr)
         return;
     if (config->count != 0)
-        SMRedBlackTreeDelete(&config->root, nullptr, Release);
+        TreeClear(&config->root, [](void *data) { (void)Release(nullptr, data); });
     SMRedBlackTreeDetach(&config->root);
     std::free(config);
 }

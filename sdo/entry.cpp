@@ -4,10 +4,8 @@
 
 namespace qzvest {
 
-uint64_t SMSDOEntryDataSize(uint8_t type, const void *data, uint32_t size)
+uint64_t NestedDataSize(uint8_t type, const void *data, uint32_t size)
 {
-    if (KindOf(type) != SM_SDO_KIND_OBJECT)
-        return size;
     if ((type & SM_SDO_ARRAY) == 0)
         return NestedAt(data, 0)->binarySize;
     uint64_t total = SM_SDO_HEADER_SIZE;
@@ -16,16 +14,8 @@ uint64_t SMSDOEntryDataSize(uint8_t type, const void *data, uint32_t size)
     return total;
 }
 
-uint64_t SMSDOEntryBinarySize(uint8_t type, const void *data, uint32_t size)
+void FreeNested(SMSDOEntry *entry)
 {
-    const uint64_t length = SMSDOEntryDataSize(type, data, size);
-    return kDescriptorSize + (length > kInlineLimit ? length : 0);
-}
-
-void SMSDOEntryFree(SMSDOEntry *entry)
-{
-    if (KindOf(entry->type) != SM_SDO_KIND_OBJECT)
-        return;
     for (uint32_t i = 0; i < entry->size / kPointerSize; ++i)
         SMSDOConfigFree(NestedAt(entry->data(), i));
     std::memset(entry->data(), 0, entry->size);

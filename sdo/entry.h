@@ -70,13 +70,26 @@ inline SMSDOConfig *NestedAt(const void *data, uint32_t index)
 }
 
 // Bytes that the value takes in the data area of the flat form. No nested object may be NULL.
-uint64_t SMSDOEntryDataSize(uint8_t type, const void *data, uint32_t size);
+uint64_t NestedDataSize(uint8_t type, const void *data, uint32_t size);
+inline uint64_t SMSDOEntryDataSize(uint8_t type, const void *data, uint32_t size)
+{
+    return KindOf(type) == SM_SDO_KIND_OBJECT ? NestedDataSize(type, data, size) : size;
+}
 
 // The entry's share of the flat size: its descriptor, and its value when that does not fit in there.
-uint64_t SMSDOEntryBinarySize(uint8_t type, const void *data, uint32_t size);
+inline uint64_t SMSDOEntryBinarySize(uint8_t type, const void *data, uint32_t size)
+{
+    const uint64_t length = SMSDOEntryDataSize(type, data, size);
+    return kDescriptorSize + (length > kInlineLimit ? length : 0);
+}
 
 // Frees what the entry owns and clears the pointers; the entry itself stays.
-void SMSDOEntryFree(SMSDOEntry *entry);
+void FreeNested(SMSDOEntry *entry);
+inline void SMSDOEntryFree(SMSDOEntry *entry)
+{
+    if (KindOf(entry->type) == SM_SDO_KIND_OBJECT)
+        FreeNested(entry);
+}
 
 // Where the entry of this ID is, or would go.
 inline TreePlace EntryPlace(SMRedBlackTree *tree, uint16_t id)

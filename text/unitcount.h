@@ -7,7 +7,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "text/cpu.h"
+#include "compat/cpu.h"
 
 #if QZVEST_X86
 #include <immintrin.h>

@@ -3,7 +3,7 @@
 #ifndef TEXT_VECTOR_H
 #define TEXT_VECTOR_H
 
-#include "text/cpu.h"
+#include "compat/cpu.h"
 
 #if QZVEST_X86
 
