@@ -11,6 +11,7 @@
 #include <string>
 
 #include "frame/module.h"
+#include "support/faults.h"
 
 namespace {
 
@@ -46,8 +47,12 @@ TEST(AttachFailure, WritesOneLineAndExitsWithOne)
     ASSERT_TRUE(log.bound) << strerror(errno);
     const pid_t child = fork();
     ASSERT_GE(child, 0);
-    if (child == 0)
-        qzvest::ModuleAttachFailure();
+    if (child == 0) {
+        qzvest::SMModuleStop();
+        FailAllocation(1);
+        qzvest::SMModuleStart(); // does not come back
+        _exit(0);
+    }
     int status = 0;
     ASSERT_EQ(waitpid(child, &status, 0), child);
     EXPECT_TRUE(WIFEXITED(status));
