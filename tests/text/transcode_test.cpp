@@ -147,36 +147,56 @@ TEST(Transcode, EveryUnitAloneAndInContext)
     }
 }
 
-// A text that ends with its page, at every place in a block: nothing behind the page is read.
+// A page with none before and none behind it.
+class LonePage {
+public:
+    LonePage() : memory(static_cast<char *>(mmap(nullptr, 3 * kSize, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0)))
+    {
+        EXPECT_EQ(mprotect(memory + kSize, kSize, PROT_READ | PROT_WRITE), 0);
+    }
+    LonePage(const LonePage &) = delete;
+    ~LonePage()
+    {
+        munmap(memory, 3 * kSize);
+    }
+    // Room at the page's beginning or end.
+    template <typename Unit>
+    Unit *Room(size_t bytes, bool atEnd) const
+    {
+        return reinterpret_cast<Unit *>(memory + kSize + (atEnd ? kSize - bytes : 0));
+    }
+
+private:
+    static constexpr size_t kSize = 4096;
+    char *memory;
+};
+
+// Source and destination at either edge of their pages: nothing beyond is read or written, not even for a moment.
 TEST(Transcode, StaysWithinThePage)
 {
-    constexpr size_t kPage = 4096;
-    auto *pages =
-        static_cast<char *>(mmap(nullptr, 2 * kPage, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0));
-    ASSERT_NE(pages, MAP_FAILED);
-    ASSERT_EQ(mprotect(pages + kPage, kPage, PROT_NONE), 0);
-    for (size_t length = 0; length < 200; ++length) {
-        for (const char *character : {"a", "é", "中"}) {
-            std::string text;
-            while (text.size() < length)
-                text += character;
-            std::memcpy(pages + kPage - text.size() - 1, text.c_str(), text.size() + 1);
-            const Units units = ToUCS2(text);
-            Units room(length + 1);
-            auto size = static_cast<uint32_t>(room.size() * 2);
-            ASSERT_EQ(SMUTF8StrToUCS2Str(room.data(), &size, pages + kPage - text.size() - 1), SM_STATUS_OK);
-            ASSERT_EQ(size, units.size() * 2 + 2);
+    const LonePage from, to;
+    for (size_t length = 0; length < 800; ++length) {
+        const char *const characters[] = {"a", "é", "中"};
+        std::string text = length % 4 < 2 ? "" : "é";
+        while (text.size() < length / 4)
+            text += characters[length % 3];
+        const bool atEnd = length % 2 != 0;
+        const size_t bytes = text.size() + 1;
+        const Units units = ToUCS2(text);
+        const size_t unitBytes = (units.size() + 1) * 2;
+        uint32_t size = static_cast<uint32_t>(unitBytes);
+        char *source = from.Room<char>(bytes, atEnd);
+        std::memcpy(source, text.c_str(), bytes);
+        ASSERT_EQ(SMUTF8StrToUCS2Str(to.Room<uint16_t>(unitBytes, true), &size, source), SM_STATUS_OK);
+        ASSERT_EQ(size, unitBytes);
 
-            auto *place = reinterpret_cast<uint16_t *>(pages + kPage) - units.size() - 1;
-            std::copy(units.begin(), units.end(), place);
-            place[units.size()] = 0;
-            std::vector<char> bytes(text.size() + 1);
-            size = static_cast<uint32_t>(bytes.size());
-            ASSERT_EQ(SMUCS2StrToUTF8Str(bytes.data(), &size, place), SM_STATUS_OK);
-            ASSERT_EQ(bytes.data(), text);
-        }
+        auto *wide = from.Room<uint16_t>(unitBytes, atEnd);
+        std::copy(units.begin(), units.end(), wide);
+        wide[units.size()] = 0;
+        size = static_cast<uint32_t>(bytes);
+        ASSERT_EQ(SMUCS2StrToUTF8Str(to.Room<char>(bytes, true), &size, wide), SM_STATUS_OK);
+        ASSERT_EQ(to.Room<char>(bytes, true), text);
     }
-    munmap(pages, 2 * kPage);
 }
 
 } // namespace
