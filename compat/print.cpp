@@ -44,10 +44,10 @@ int sprintf_s(char *destination, size_t bound, const char *format, ...)
     va_start(arguments, format);
     const int length = std::vsnprintf(destination, bound, format, arguments);
     va_end(arguments);
-    if (length >= 0 && static_cast<size_t>(length) < bound)
-        return length;
-    *destination = '\0';
-    return length < 0 ? length : 0;
+    const bool fits = length >= 0 && static_cast<size_t>(length) < bound;
+    // A length that no int can say comes back as 0 or below, with text in the room all the same.
+    destination[fits ? length : 0] = '\0';
+    return fits || length < 0 ? length : 0;
 }
 
 int _ltoa_s(long value, char *destination, size_t bound, int radix)

@@ -1,5 +1,6 @@
 // Both directions go over the text in rounds: the run of ASCII at its head, a run of other regular text where the
-// machine has a way for it, and a few characters by the single steps, which alone know of failures. What lies behind
+// machine has a way for it, and a few characters by the single steps, which alone know of failures. The source is
+// measured first, so that no load passes its end; that costs little beside the rest. What lies behind
 // the last sequence of a destination is untouched in the end, also on failure.
 #include "text/transcode.h"
 

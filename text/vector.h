@@ -97,7 +97,9 @@ QZVEST_AVX2 size_t CopyAsciiAVX2(uint16_t *to, const char *from, size_t count)
             Store(to + done + 16, Widened(from + done + 16));
         }
     }
-    return done + CopyAscii<kWrites>(to + done, from + done, count - done);
+    if constexpr (kWrites) // else there is nowhere to move on
+        to += done;
+    return done + CopyAscii<kWrites>(to, from + done, count - done);
 }
 
 template <bool kWrites>
@@ -113,7 +115,9 @@ QZVEST_AVX2 size_t CopyAsciiAVX2(char *to, const uint16_t *from, size_t count)
         if constexpr (kWrites) // packing works in halves; the permutation puts the quarters in order
             Store(to + done, _mm256_permute4x64_epi64(_mm256_packus_epi16(low, high), 0xD8));
     }
-    return done + CopyAscii<kWrites>(to + done, from + done, count - done);
+    if constexpr (kWrites) // else there is nowhere to move on
+        to += done;
+    return done + CopyAscii<kWrites>(to, from + done, count - done);
 }
 
 // What kind each of some bytes is, as bits from four masks: a byte's top bit and the three below.

@@ -8,7 +8,8 @@
  * or a source cannot be converted they change nothing; who wants certainty compares length before and after.
  * A NULL source, or a record without a buffer, changes nothing either; only without a buffer is the result
  * NULL. A buffer that is too small doubles below 1 MiB and grows to 125 % above, or to what is needed if
- * that is more.
+ * that is more; from 34,359,739 bytes on it grows by what is needed alone. An append that needs 4 GiB or more
+ * changes nothing.
  *
  * Threads: a record has no lock and belongs to one thread at a time. */
 #ifndef QZVEST_SIZEDSTRING_H
@@ -25,7 +26,8 @@ extern "C" {
 /* SMSSUCS2StrAlloc, SMSSUTF8StrAlloc - give a record an empty text.
  *   record  its fields are written without being read: a buffer that it already has is forgotten
  *   size    bytes of the first buffer; at least 2 in a UCS-2 record, whose terminator is written in any case
- * Returns the text, or NULL for size 0 and when memory runs out; capacity and length then stay. */
+ * Returns the text, or NULL for size 0 and when memory runs out; the record then has no text, and capacity and
+ * length stay as they are. */
 SM_EXPORT uint16_t *SMSSUCS2StrAlloc(SMSSUCS2Str *record, uint32_t size);
 SM_EXPORT char *SMSSUTF8StrAlloc(SMSSUTF8Str *record, uint32_t size);
 
@@ -46,8 +48,8 @@ SM_EXPORT char *SMSSUTF8StrNCatUTF8Str(SMSSUTF8Str *record, const char *source, 
  *   count  units of room for the converted text, and units to append; 0, as in the plain call: the bytes of
  *          the source. A count below the units of the source appends nothing. What lies behind the converted
  *          text up to count is appended too, its terminator first: length counts it, but readers of the
- *          terminated text don't see it, nor what is appended later. So it is with every source that holds a
- *          multi-byte sequence. */
+ *          terminated text don't see it, nor what is appended later. So it is without a count with every
+ *          source that holds a multi-byte sequence. */
 SM_EXPORT uint16_t *SMSSUCS2StrCatUTF8Str(SMSSUCS2Str *record, const char *source);
 SM_EXPORT uint16_t *SMSSUCS2StrNCatUTF8Str(SMSSUCS2Str *record, const char *source, uint32_t count);
 

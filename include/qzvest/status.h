@@ -19,7 +19,8 @@
 #define SM_STATUS_FILE_STAT_FAILED UINT32_C(9)
 /* Index at or beyond the count, or ID not in use. */
 #define SM_STATUS_NOT_IN_USE UINT32_C(12)
-/* Destination missing or too small; the size word, where there is one, holds the needed size. */
+/* Destination missing or too small; the size word, where there is one, holds the needed size unless the call says
+ * otherwise. */
 #define SM_STATUS_BUFFER_TOO_SMALL UINT32_C(16)
 /* Network state not attached. */
 #define SM_STATUS_NOT_ATTACHED UINT32_C(17)

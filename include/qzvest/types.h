@@ -141,13 +141,13 @@ typedef void SMHashTable;
 typedef struct SMSSUCS2Str {
     uint16_t *text;    /* terminated; NULL when the record holds nothing */
     uint32_t capacity; /* bytes at text */
-    uint32_t length;   /* units before the terminator */
+    uint32_t length;   /* units stored, without the terminator; zeros may be among them */
 } SMSSUCS2Str;
 
 typedef struct SMSSUTF8Str {
     char *text;        /* terminated; NULL when the record holds nothing */
     uint32_t capacity; /* bytes at text */
-    uint32_t length;   /* bytes before the terminator */
+    uint32_t length;   /* bytes stored, without the terminator; zeros may be among them */
 } SMSSUTF8Str;
 
 /* ---- RFC 1321 digest (rfc1321.h) ---- */
