@@ -18,7 +18,9 @@ $9 == "true" {
 /_median"/ {
     name = $1
     gsub(/"|_median/, "", name)
-    time = sub(/\/manual_time/, "", name) ? $3 : $4 # processor time; such a row measures it itself
+    # Processor time. A row of the first kind measures it itself, one of the second kind is about waiting.
+    time = sub(/\/manual_time/, "", name) || sub(/\/real_time/, "", name) ? $3 : $4
+    sub(/\/threads:/, "/", name)
     operation = name
     sub(/\/.*/, "", operation)
     size = name
