@@ -22,7 +22,7 @@ bool SavesWideRegisters()
 
 } // namespace
 
-uint32_t cpuFeatures;
+constinit uint32_t cpuFeatures = 0;
 
 uint32_t FindCPUFeatures()
 {

@@ -23,7 +23,7 @@ enum CPUFeature : uint32_t {
 uint32_t FindCPUFeatures();
 
 // Zero until somebody asks. Each thread that finds it so writes the same.
-extern uint32_t cpuFeatures;
+extern constinit uint32_t cpuFeatures; // NOLINT(bugprone-dynamic-static-initializers): it is constinit
 
 inline bool CPUHas(CPUFeature feature)
 {

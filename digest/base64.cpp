@@ -20,7 +20,7 @@ constexpr std::array<uint8_t, 128> ReverseOf(const char *alphabet)
     std::array<uint8_t, 128> values{};
     values.fill(kNone);
     for (uint8_t value = 0; value <= kSixBits; ++value)
-        values[static_cast<size_t>(alphabet[value])] = value;
+        values[static_cast<uint8_t>(alphabet[value])] = value;
     return values;
 }
 

@@ -49,6 +49,16 @@ QZVEST_INLINE void CopyBlock(char *to, const uint16_t *from)
     std::memcpy(to, &bytes, sizeof bytes);
 }
 
+QZVEST_INLINE uint16_t CodeOf(char byte)
+{
+    return static_cast<uint8_t>(byte);
+}
+
+QZVEST_INLINE uint16_t CodeOf(uint16_t unit)
+{
+    return unit;
+}
+
 // Copies the opening run of ASCII, at most count of it, and gives its length.
 template <bool kWrites, typename To, typename From>
 QZVEST_INLINE size_t CopyAscii(To *to, const From *from, size_t count)
@@ -58,9 +68,9 @@ QZVEST_INLINE size_t CopyAscii(To *to, const From *from, size_t count)
         if constexpr (kWrites)
             CopyBlock(to + done, from + done);
     }
-    for (; done < count && static_cast<uint16_t>(from[done]) < 0x80; ++done) {
+    for (; done < count && CodeOf(from[done]) < 0x80; ++done) {
         if constexpr (kWrites)
-            to[done] = static_cast<To>(from[done]);
+            to[done] = static_cast<To>(CodeOf(from[done]));
     }
     return done;
 }
