@@ -75,6 +75,26 @@ TEST(SDOBinary, FailsWithinTheBufferWhenTheSizeIsWrong)
     check(40000, 30000, kRecalculate, 70053, 70053); // the sum agrees, but no block is as large
 }
 
+// The writing ends at the first entry with just as many bytes as the object says it has.
+TEST(SDOBinary, AnEndBeforeTheLastEntryIsAFailure)
+{
+    const Object object = Make();
+    Object inner = Make(), nested = Make(), other = Make(), removed = Make();
+    SMSDOConfig *const grows = inner.get(), *const shrinks = removed.get();
+    ASSERT_EQ(Adopt(nested, 1, 0x0D, {&inner}), SM_STATUS_OK);
+    ASSERT_EQ(Adopt(object, 1, 0x0D, {&nested}), SM_STATUS_OK);
+    ASSERT_EQ(Adopt(object, 2, 0x0D, {&other}), SM_STATUS_OK);
+    ASSERT_EQ(Adopt(object, 3, 0x0D, {&removed}), SM_STATUS_OK);
+    ASSERT_EQ(SMSDOConfigAddData(grows, 1, 1, "four", 4, 0), SM_STATUS_OK);
+    ASSERT_EQ(SMSDOConfigAddData(shrinks, 1, 1, "twenty-four bytes of it.", 24, 0), SM_STATUS_OK);
+    ASSERT_EQ(SMSDOConfigRemoveData(object.get(), 3, 0, 0), SM_STATUS_OK); // with a share that it never added
+    uint32_t size = SMSDOConfigGetBinarySize(object.get());
+    ASSERT_EQ(size, 24u);
+    Bytes block(size);
+    EXPECT_EQ(SMSDOConfigToBinary(object.get(), block.data(), &size), SM_STATUS_FAILED);
+    EXPECT_EQ(size, 24u);
+}
+
 TEST(SDOBinary, RefusesWhatIsNoObject)
 {
     const auto check = [](const char *block, uint32_t addedAsFlatValue) {
