@@ -15,7 +15,7 @@ cmake --install "$build"
 
 PKG_CONFIG_LIBDIR=$(dirname "$(find "$prefix" -name qzvest.pc)")
 export PKG_CONFIG_LIBDIR
-libdir=$(pkg-config --variable=libdir qzvest)
+libdir=$(realpath "$(pkg-config --variable=libdir qzvest)")
 expected="$libdir/libqzvest.so.1: 1.1.1, 2 entries in 35 bytes, host fileserver"
 
 same() { # same WHAT ACTUAL EXPECTED
