@@ -45,7 +45,7 @@ const uint8_t *SearchByID(const SMSDOBinary *binary, uint32_t count, uint16_t id
 
 bool IsEmptyArray(uint8_t type, const void *data, uint32_t size)
 {
-    if (KindOf(type) != SM_SDO_KIND_FLAT || size < sizeof(FlatHeader))
+    if (KindOf(type) != SM_SDO_KIND_FLAT || size < sizeof(uint32_t)) // as much is asked of any flat value
         return false;
     const FlatHeader header = HeaderOf(data);
     return header.magic == kArrayMagic && header.count == 0;

@@ -20,9 +20,9 @@ uint32_t WalkElements(const SMSDOBinaryArray *array, uint32_t count, const SDOWa
     return SM_STATUS_OK;
 }
 
-// What entryEnd and the next entry of one block are told by their predecessors.
+// What lasts from one entry of a block to the next.
 struct EntryState {
-    uint64_t childCookie;  // stays from entry to entry: who uses cookies sets it each time
+    uint64_t childCookie;  // not cleared in between: who uses cookies sets it each time
     uint32_t lastEntryEnd; // what the last entryEnd gave
 };
 
