@@ -9,12 +9,14 @@
 
 #include "digest/crc32.h"
 #include "frame/module.h"
+#include "text/format.h"
 
 namespace qzvest {
 namespace {
 
 // In the order of bring-up. A facility with process-wide state adds its row here.
 constexpr AttachStep kSteps[] = {
+    {FormatLockAttach, FormatLockDetach},
     {CRC32TableAttach, CRC32TableDetach},
 };
 

@@ -9,6 +9,7 @@
 #include <qzvest/list.h>
 #include <qzvest/module.h>
 #include <qzvest/mutex.h>
+#include <qzvest/print.h>
 #include <qzvest/redblacktree.h>
 #include <qzvest/rfc1321.h>
 #include <qzvest/sdo.h>

@@ -150,6 +150,56 @@ typedef struct SMSSUTF8Str {
     uint32_t length;   /* bytes stored, without the terminator; zeros may be among them */
 } SMSSUTF8Str;
 
+/* ---- Typed values (typedvalue.h) ---- */
+
+/* A typeAndFormat word is a type in its low byte or'ed with a format; the upper half is ignored. */
+enum SMXLTType {
+    SMXLT_TYPE_BOOL = 0, /* signed 16: 1 is true, all else false */
+    SMXLT_TYPE_INT8 = 1,
+    SMXLT_TYPE_INT16 = 2,
+    SMXLT_TYPE_INT32 = 3,
+    SMXLT_TYPE_INT64 = 4,
+    SMXLT_TYPE_UINT8 = 5,
+    SMXLT_TYPE_UINT16 = 6,
+    SMXLT_TYPE_UINT32 = 7,
+    SMXLT_TYPE_UINT64 = 8,
+    SMXLT_TYPE_DOUBLE = 9,
+    SMXLT_TYPE_LANGUAGE = 10, /* unsigned 32, an ID of language.h */
+    SMXLT_TYPE_TIME = 11,     /* time_t */
+    SMXLT_TYPE_BYTES = 12,
+    SMXLT_TYPE_UTF8 = 13, /* text with its terminator */
+    SMXLT_TYPE_UCS2 = 14, /* text with its terminator */
+    SMXLT_TYPE_IPV4 = 15, /* 4 bytes in network order */
+    SMXLT_TYPE_HEX = 16   /* bytes, always as plain hexadecimal digits */
+};
+
+/* Formats. */
+#define SMXLT_FORMAT_DEFAULT UINT32_C(0x0000) /* decimal numbers; plain hexadecimal digits for bytes */
+#define SMXLT_FORMAT_BINARY UINT32_C(0x0100)  /* base 2, a dump for bytes; to text only */
+#define SMXLT_FORMAT_OCTAL UINT32_C(0x0200)
+#define SMXLT_FORMAT_DECIMAL UINT32_C(0x0300)
+#define SMXLT_FORMAT_HEX UINT32_C(0x0400) /* base 16; a comma list for bytes */
+
+/* ---- Parameters (parameter.h) ---- */
+
+/* A row of a table of words. Row 0 has no word, its value answers for unknown words; the value of row 1 is also the
+ * default of an absent parameter. */
+typedef struct SMNVPEnumEntry {
+    const char *name;
+    uint32_t value;
+} SMNVPEnumEntry;
+
+/* ---- XML (xml.h) ---- */
+
+/* A document, or a list of attributes, in the making: a growable string on the heap. */
+typedef SMSSUTF8Str SMXGBuf;
+
+/* How a value is written; optional everywhere. */
+typedef struct SMXGValueOptions {
+    uint16_t format;     /* or'ed into the type: one of SMXLT_FORMAT_... */
+    uint8_t escapeDepth; /* for text: 0 leaves it as it is, else the passes of SMXGEscapeXMLUTF8Str */
+} SMXGValueOptions;
+
 /* ---- RFC 1321 digest (rfc1321.h) ---- */
 
 typedef struct SMRFC1321Ctx {
