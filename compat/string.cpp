@@ -34,6 +34,7 @@ int ctime_s(char *destination, size_t bound, const time_t *time)
     *destination = '\0';
     if (time == nullptr || bound < kTimeText)
         return EINVAL;
+    tzset(); // as the plain call does: the time zone may have changed
     tm local{};
     if (localtime_r(time, &local) == nullptr)
         return EOVERFLOW;

@@ -9,6 +9,7 @@
 
 #include "digest/crc32.h"
 #include "frame/module.h"
+#include "os/ipv4.h"
 #include "text/format.h"
 
 namespace qzvest {
@@ -16,6 +17,7 @@ namespace {
 
 // In the order of bring-up. A facility with process-wide state adds its row here.
 constexpr AttachStep kSteps[] = {
+    {NetworkAttach, NetworkDetach},
     {FormatLockAttach, FormatLockDetach},
     {CRC32TableAttach, CRC32TableDetach},
 };

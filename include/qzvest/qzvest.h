@@ -9,6 +9,7 @@
 #include <qzvest/list.h>
 #include <qzvest/module.h>
 #include <qzvest/mutex.h>
+#include <qzvest/netaddress.h>
 #include <qzvest/print.h>
 #include <qzvest/redblacktree.h>
 #include <qzvest/rfc1321.h>
@@ -16,6 +17,7 @@
 #include <qzvest/sizedstring.h>
 #include <qzvest/status.h>
 #include <qzvest/transcode.h>
+#include <qzvest/typedvalue.h>
 #include <qzvest/types.h>
 #include <qzvest/ucs2.h>
 #include <qzvest/utf8.h>
