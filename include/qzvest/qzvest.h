@@ -4,12 +4,14 @@
 
 #include <qzvest/base64.h>
 #include <qzvest/crc32.h>
+#include <qzvest/delimited.h>
 #include <qzvest/hashid.h>
 #include <qzvest/language.h>
 #include <qzvest/list.h>
 #include <qzvest/module.h>
 #include <qzvest/mutex.h>
 #include <qzvest/netaddress.h>
+#include <qzvest/parameter.h>
 #include <qzvest/print.h>
 #include <qzvest/redblacktree.h>
 #include <qzvest/rfc1321.h>
