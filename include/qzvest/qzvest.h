@@ -23,5 +23,6 @@
 #include <qzvest/types.h>
 #include <qzvest/ucs2.h>
 #include <qzvest/utf8.h>
+#include <qzvest/xml.h>
 
 #endif
