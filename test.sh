@@ -16,7 +16,8 @@ mkdir -p "$logs"
 
 needs=(cmake:cmake ninja:ninja-build gcc:gcc g++:g++ nm:binutils /usr/include/stdio.h:libc6-dev
     clang-tidy:clang-tidy clang-format:clang-format pkg-config:pkg-config valgrind:valgrind
-    /usr/include/gtest/gtest.h:libgtest-dev /usr/include/zlib.h:zlib1g-dev)
+    /usr/include/gtest/gtest.h:libgtest-dev /usr/include/zlib.h:zlib1g-dev
+    /usr/include/libxml2/libxml/parser.h:libxml2-dev)
 
 finish() {
     local line="$passed passed, $failed failed"

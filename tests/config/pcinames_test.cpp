@@ -1,0 +1,183 @@
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <qzvest/delimited.h>
+#include <sys/mman.h>
+#include <unistd.h>
+
+#include <string>
+#include <vector>
+
+namespace {
+
+// A file in memory with a path.
+class NamesFile {
+public:
+    explicit NamesFile(const std::string &content) : descriptor(memfd_create("names", MFD_CLOEXEC))
+    {
+        if (write(descriptor, content.data(), content.size()) != static_cast<ssize_t>(content.size()))
+            ADD_FAILURE() << "no names file";
+        path = "/proc/self/fd/" + std::to_string(descriptor);
+    }
+    NamesFile(const NamesFile &) = delete;
+    NamesFile &operator=(const NamesFile &) = delete;
+    ~NamesFile()
+    {
+        close(descriptor);
+    }
+
+    std::string path;
+
+private:
+    int descriptor;
+};
+
+struct Ids {
+    uint16_t vendor, device, subVendor, subDevice;
+};
+
+struct Answer {
+    uint32_t status;
+    std::string vendor, device;
+    uint32_t vendorLength, deviceLength;
+};
+
+Answer Ask(const std::string &content, Ids ids, uint32_t vendorRoom = 64, uint32_t deviceRoom = 64)
+{
+    const NamesFile file(content);
+    std::vector<char> vendor(vendorRoom, '#');
+    std::vector<char> device(deviceRoom, '#');
+    const uint32_t status = SMReadPCIDevFile(ids.vendor, ids.device, ids.subVendor, ids.subDevice, file.path.c_str(),
+                                             vendor.data(), &vendorRoom, device.data(), &deviceRoom);
+    return {status, vendor.data(), device.data(), vendorRoom, deviceRoom};
+}
+
+const char kNames[] = "; names\n"
+                      "V\t1000\tFirst\n"
+                      "D\t0010\tDisk\n"
+                      "D\t0011\tTape\n"
+                      "O\t2000\tMaker's tape\n"
+                      "S\t0001\tSmall tape\n"
+                      "S\t0002\tLarge tape\r\n"
+                      "O\t2001\tOther tape\n"
+                      "S\t0001\tOther small tape\n"
+                      "d\t0012\tRobot\textra\n"
+                      "\tv\t\t00aB\tSecond ; a comment\n"
+                      "D\t0010\tCard\n"
+                      ";V\t3000\tCommented\n"
+                      "V\t1000\tFirst again\n"
+                      "D\t0020\tLate\n";
+
+TEST(PCINames, RecordsByTheirPlace)
+{
+    const struct {
+        std::string content;
+        Ids ids;
+        uint32_t status;
+        const char *vendor, *device;
+    } cases[] = {
+        {kNames, {0x1000, 0x0010, 0, 0}, 0, "First", "Disk"},
+        {kNames, {0x1000, 0x0011, 0, 0}, 0, "First", "Tape"},
+        {kNames, {0x1000, 0x0011, 0x2000, 9}, 0, "First", "Maker's tape"},
+        {kNames, {0x1000, 0x0011, 0x2000, 2}, 0, "First", "Large tape"},
+        {kNames, {0x1000, 0x0011, 0x2001, 1}, 0, "First", "Other small tape"},
+        {kNames, {0x1000, 0x0011, 0x2002, 1}, 0, "First", "Tape"},
+        {kNames, {0x1000, 0x0010, 0x2000, 1}, 0, "First", "Disk"}, // those of the next device are not seen
+        {kNames, {0x1000, 0x0012, 0, 0}, 0, "First", "Robot"},
+        {kNames, {0x00AB, 0x0010, 0, 0}, 0, "Second ", "Card"},
+        {kNames, {0x00AB, 0x0011, 0, 0}, 7, "Second ", ""},
+        {kNames, {0x1000, 0x0020, 0, 0}, 7, "First", ""}, // ends at the next vendor
+        {kNames, {0x3000, 0x0010, 0, 0}, 7, "", ""},
+        {"V\t1\nV\t1\t\nV\t1\t;x\nV\t1\tA\nD\t2\tB", {1, 2, 0, 0}, 0, "A", "B"},        // too few fields
+        {"VV\t1\tX\nC\t1\tX\nV\t1\tA\nDx\t2\tX\nD\t2\tB\n", {1, 2, 0, 0}, 0, "A", "B"}, // unknown kinds
+        {"V\txyz\tX\nV\t1\tA\nD\t2\tB\n", {1, 2, 0, 0}, 0, "A", "B"},                   // no id
+        {"V\t12345\tA\nD\tg\tX\nD\t2g\tB\n", {0x1234, 2, 0, 0}, 0, "A", "B"},           // four digits of an id
+        {"D\t2\tX\nS\t3\tY\nV\tFFFF\tA\n", {65535, 2, 65535, 3}, 0, "A", "Y"},          // place before any vendor
+        {"V\t1\tA\nO\t4\tX\nS\t3\tY\n", {1, 0, 4, 3}, 7, "A", "Y"},                     // place before any device
+        {"V\t1\tA\nO\t4\tX\nD\t2\tB\nS\t3\tY\n", {1, 2, 4, 3}, 0, "A", "B"},            // device leaves the sub-vendor
+        {"V\t9\tZ\nD\t2\tZ\nV\t1\tA\nO\t4\tX\n", {1, 2, 4, 3}, 7, "A", ""},             // vendor leaves the device
+        {"", {1, 2, 0, 0}, 7, "", ""},                                                  // empty
+    };
+    for (const auto &c : cases) {
+        const Answer answer = Ask(c.content, c.ids);
+        EXPECT_EQ(answer.status, c.status) << c.content;
+        EXPECT_EQ(answer.vendor, c.vendor);
+        EXPECT_EQ(answer.device, c.device);
+        EXPECT_EQ(answer.vendorLength, answer.vendor.size());
+        EXPECT_EQ(answer.deviceLength, answer.device.size());
+    }
+}
+
+TEST(PCINames, LongLinesComeInPieces)
+{
+    const std::string filler(8449 - 4, 'n'); // the piece ends with it
+    const Answer whole = Ask("V\t1\t" + filler + "V\t2\tA\nD\t3\tB\n", {2, 3, 0, 0});
+    EXPECT_EQ(whole.status, 0u);
+    EXPECT_EQ(whole.vendor, "A");
+    const Answer cut = Ask("V\t1\t" + filler + "\nD\t3\tB\n", {1, 3, 0, 0}, 5);
+    EXPECT_EQ(cut.status, 0u);
+    EXPECT_EQ(cut.vendor, "nnnn");
+    EXPECT_EQ(cut.vendorLength, filler.size());
+}
+
+TEST(PCINames, NamesAreCutAndTheLastByteIsCleared)
+{
+    const NamesFile file("V\t1\tabc\nD\t2\tdefgh\n");
+    for (uint32_t room = 1; room <= 7; ++room) {
+        std::string vendor(room, '#');
+        std::string device(room, '#');
+        uint32_t vendorSize = room;
+        uint32_t deviceSize = room;
+        EXPECT_EQ(
+            SMReadPCIDevFile(1, 2, 0, 0, file.path.c_str(), vendor.data(), &vendorSize, device.data(), &deviceSize),
+            0u);
+        EXPECT_EQ(vendorSize, 3u);
+        EXPECT_EQ(deviceSize, 5u);
+        EXPECT_STREQ(vendor.c_str(), std::string("abc").substr(0, room - 1).c_str());
+        EXPECT_STREQ(device.c_str(), std::string("defgh").substr(0, room - 1).c_str());
+        EXPECT_EQ(vendor.back(), '\0');
+        if (room > 5) {
+            EXPECT_EQ(vendor.substr(4, room - 5), std::string(room - 5, '#')); // no padding between
+        }
+    }
+}
+
+TEST(PCINames, BadArguments)
+{
+    const NamesFile file(kNames);
+    char vendor[8], device[8];
+    uint32_t vendorSize, deviceSize;
+    const auto reset = [&](uint32_t first, uint32_t second) {
+        vendor[0] = device[0] = '#';
+        vendorSize = first;
+        deviceSize = second;
+    };
+    for (int missing = 0; missing < 5; ++missing) {
+        reset(8, 0);
+        EXPECT_EQ(SMReadPCIDevFile(1, 2, 0, 0, missing == 0 ? nullptr : "", missing == 1 ? nullptr : vendor,
+                                   missing == 2 ? nullptr : &vendorSize, missing == 3 ? nullptr : device,
+                                   missing == 4 ? nullptr : &deviceSize),
+                  271u);
+        EXPECT_EQ(vendorSize, 8u);
+        EXPECT_EQ(vendor[0], '#');
+    }
+    const struct {
+        uint32_t vendorSize, deviceSize;
+        std::string path;
+        uint32_t status;
+        char first; // of both buffers, afterwards
+    } cases[] = {
+        {0, 8, file.path, 271, '#'},           {8, 0, file.path, 271, '#'},      {8, 8, "", 271, '\0'},
+        {8, 8, "/proc/self/fd/none", 7, '\0'}, {8, 8, "/proc/self/fd", 7, '\0'}, // opens, but cannot be read
+    };
+    for (const auto &c : cases) {
+        reset(c.vendorSize, c.deviceSize);
+        EXPECT_EQ(SMReadPCIDevFile(0x1000, 0x10, 0, 0, c.path.c_str(), vendor, &vendorSize, device, &deviceSize),
+                  c.status);
+        EXPECT_EQ(vendorSize, 0u);
+        EXPECT_EQ(deviceSize, 0u);
+        EXPECT_EQ(vendor[0], c.first);
+        EXPECT_EQ(device[0], c.first);
+    }
+}
+
+} // namespace

@@ -1,0 +1,71 @@
+// The escape beside a plain walk over the bytes. The input is a byte of passes, a byte of estimate and the text.
+
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+#include <string>
+
+#include "frame/heap.h"
+#include "text/xmlescape.h"
+
+namespace {
+
+bool KeepsAmpersand(const std::string &rest)
+{
+    for (const char *name : {"amp;", "quot;", "apos;", "lt;", "gt;"}) {
+        if (rest.compare(1, strlen(name), name) == 0)
+            return true;
+    }
+    return false;
+}
+
+std::string Model(const std::string &text)
+{
+    std::string result;
+    for (size_t i = 0; i < text.size(); ++i) {
+        if (text[i] == '"')
+            result += "&quot;";
+        else if (text[i] == '\'')
+            result += "&apos;";
+        else if (text[i] == '<')
+            result += "&lt;";
+        else if (text[i] == '>')
+            result += "&gt;";
+        else if (text[i] == '&' && !KeepsAmpersand(text.substr(i, 6)))
+            result += "&amp;";
+        else
+            result += text[i];
+    }
+    return result;
+}
+
+void Require(bool holds)
+{
+    if (!holds)
+        __builtin_trap();
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
+{
+    if (size < 2)
+        return 0;
+    const uint32_t passes = data[0];
+    const uint32_t estimate = data[1];
+    const std::string given(reinterpret_cast<const char *>(data + 2), size - 2);
+    const qzvest::HeapPtr<char> text(strdup(given.c_str())); // just its bytes, to its first zero
+
+    uint32_t length = estimate;
+    const qzvest::HeapPtr<char> result(qzvest::SMXGEscapeXMLUTF8Str(text.get(), &length, passes));
+    const std::string expected = Model(text.get());
+    if (passes == 0) {
+        Require(!result && length == estimate);
+    } else if (estimate == 0 || (passes > 1 && expected.empty())) {
+        Require(!result && length == 0);
+    } else {
+        Require(result && length == expected.size() && expected == result.get());
+        Require(Model(expected) == expected);
+    }
+    return 0;
+}
