@@ -6,7 +6,8 @@ cd "$(dirname "$0")"
 
 needed="g++ cmake ninja-build libgtest-dev libgmock-dev libbenchmark-dev"
 peers="libflatbuffers-dev flatbuffers-compiler libprotobuf-dev protobuf-compiler libglib2.0-dev pkg-config libbsd-dev
-libicu-dev zlib1g-dev libdeflate-dev libssl-dev libb64-dev"
+libicu-dev zlib1g-dev libdeflate-dev libssl-dev libb64-dev libfmt-dev
+libxml2-dev"
 
 sudo=
 [ "$(id -u)" -eq 0 ] || sudo=sudo
@@ -31,7 +32,8 @@ cmake --build --preset release --target benchmarks >&2
 # The median of five runs in random order, so that what else the machine does meets all alike.
 results=$build/bench/results.csv
 : >"$results"
-for program in frame_bench sdo_bench containers_bench list_bench lock_bench digest_bench text_bench; do
+for program in frame_bench sdo_bench containers_bench list_bench lock_bench digest_bench text_bench print_bench values_bench
+    xml_bench; do
     echo "running $program" >&2
     "$build/bench/$program" --benchmark_format=csv --benchmark_min_time=0.05 --benchmark_repetitions=5 \
         --benchmark_enable_random_interleaving=true --benchmark_report_aggregates_only=true \

@@ -6,6 +6,7 @@ BEGIN {
     split("build flatten build_flatten read_by_id walk rebuild tree_insert tree_search tree_delete " \
           "slist_queue dlist_queue dlist_owned slist_walk id_lowest_last id_above_top id_iterate " \
           "mutex_uncontended mutex_contended mutex_timed crc32 rfc1321 base64_encode base64_decode " \
+          "print_int print_fixed print_general print_exact print_tiny print_huge " \
           "utf8_to_ucs2_ascii utf8_to_ucs2_latin utf8_to_ucs2_cjk " \
           "ucs2_to_utf8_ascii ucs2_to_utf8_latin ucs2_to_utf8_cjk attach_detach", order, " ")
 }
