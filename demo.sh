@@ -5,6 +5,7 @@ set -eu
 cd -- "$(dirname -- "$(readlink -f -- "$0")")"
 build=build/demo
 log=$build/demo.log
+document=$build/machine.xml
 
 fail() {
     printf 'demo.sh: %s\n' "$*" >&2
@@ -59,6 +60,10 @@ md5_of() {
     md5sum <"$1" | cut -d ' ' -f 1
 }
 
+heading() {
+    printf '\n  %s\n  %s\n' "$1" "$(printf '%s' "$1" | sed 's/./-/g')"
+}
+
 # compare NAME TOOL FUNCTION: the sum that a tool finds, and whether the client's row of that name says the same.
 compare() {
     if ! command -v "$2" >/dev/null; then
@@ -75,7 +80,7 @@ compare() {
 }
 
 printf '%s\n' \
-    'This builds libqzvest and two small programs, a service and a client, and runs them once.' \
+    'This builds libqzvest and two small programs, a service and a client, and runs them three times.' \
     'The service asks this machine about itself and hands the answers to the client as one block' \
     'of bytes. Both read only, need no special rights, open no port and end when they are done.' \
     "What is left behind: $PWD/$build, and Debian packages only where it says so." ''
@@ -94,12 +99,31 @@ shown=$("$build/examples/service" 2>&1) || {
     printf '%s\n' "$shown" >&2
     fail 'the demo ended with a failure'
 }
-printf '%s\n' "$shown" '' \
-    '  The same sums of the same file by tools of this system' \
-    '  ------------------------------------------------------'
+printf '%s\n' "$shown"
+heading 'The same sums of the same file by tools of this system'
 differing=
 compare CRC-32 gzip crc32_of
 compare 'RFC 1321' md5sum md5_of
 [ -z "$differing" ] || fail "$differing differs from what the tool of this system says"
+
+printf '\nAGAIN, with options that the service hands on: service "show=memory|load"\n\n'
+"$build/examples/service" 'show=memory|load' 2>&1 || fail 'the demo with show ended with a failure'
+
+printf '\nAGAIN, as an XML document: service format=xml >%s\n\n' "$document"
+if ! "$build/examples/service" format=xml >"$document" 2>"$log"; then
+    cat "$log" >&2
+    fail 'the demo with format=xml ended with a failure'
+fi
+head -c 300 "$document" | fold -w 96 | sed 's/^/  /'
+printf ' ...\n\n  %s bytes in all, ' "$(wc -c <"$document")"
+if ! command -v xmllint >/dev/null; then
+    printf 'not checked: there is no xmllint here\n'
+elif xmllint --noout "$document" >"$log" 2>&1; then
+    printf 'and xmllint finds them well-formed\n'
+else
+    printf 'and xmllint finds them NOT WELL-FORMED\n'
+    cat "$log" >&2
+    fail 'xmllint does not take the document'
+fi
 
 printf '\n%s\n' "Again without building: $PWD/$build/examples/service"

@@ -1,10 +1,13 @@
 /* The demo's client: receives a block on its standard input, reads it where it lies, walks it, patches it, and
- * rebuilds the object from it. Then it shows what else the library does with a text and with a file.
+ * rebuilds the object from it. Then it shows what else the library does with a text and with a file. Options
+ * (options.c) choose less than that, or an XML document instead.
  *
  * A block is trusted by whoever reads it, and so this one must come from the service that started us. */
 #include "client.h"
 #include "machine.h"
+#include "options.h"
 
+#include <qzvest/print.h>
 #include <qzvest/sdo.h>
 
 #include <errno.h>
@@ -138,7 +141,7 @@ static int PrintRoom(const SMSDOBinary *array)
             return ClientFailed("reading a mount point", status);
         }
         ShowValue(name, MACHINE_TEXT, point, size);
-        (void)snprintf(label, sizeof label, "room on %.200s", name);
+        (void)SMsnprintf(label, sizeof label, "room on %.200s", name);
         if (!PrintValue(label, element, MACHINE_ID_MOUNT_AVAILABLE)) {
             return 0;
         }
@@ -146,13 +149,10 @@ static int PrintRoom(const SMSDOBinary *array)
     return 1;
 }
 
-static int PrintSingleValues(const SMSDOBinary *block)
+static int PrintFiles(const SMSDOBinary *block)
 {
     void *array;
-    if (!PrintValue("host name", block, MACHINE_ID_HOST) || !PrintValue("operating system", block, MACHINE_ID_SYSTEM) ||
-        !PrintNestedValue("load over 5 minutes", block, MACHINE_ID_LOAD, MACHINE_ID_LOAD_5) ||
-        !PrintNestedValue("memory available", block, MACHINE_ID_MEMORY, MACHINE_ID_MEMORY_AVAILABLE) ||
-        !ReadNested(block, MACHINE_ID_FILE_SYSTEMS, &array)) {
+    if (!ReadNested(block, MACHINE_ID_FILE_SYSTEMS, &array)) {
         return 0;
     }
     const int printed = array == NULL || PrintRoom(array);
@@ -160,23 +160,60 @@ static int PrintSingleValues(const SMSDOBinary *block)
     return printed;
 }
 
-static int UseBlock(Block *block)
+static int PrintSingleValues(const SMSDOBinary *block, uint32_t show)
 {
+    static const struct {
+        uint32_t group;
+        const char *name;
+        uint16_t object; /* that the value is nested in, 0 for none */
+        uint16_t value;
+    } rows[] = {
+        {SHOW_HOST, "host name", 0, MACHINE_ID_HOST},
+        {SHOW_HOST, "operating system", 0, MACHINE_ID_SYSTEM},
+        {SHOW_LOAD, "load over 5 minutes", MACHINE_ID_LOAD, MACHINE_ID_LOAD_5},
+        {SHOW_LOAD, "load over 15 minutes", MACHINE_ID_LOAD, MACHINE_ID_LOAD_15},
+        {SHOW_MEMORY, "memory installed", MACHINE_ID_MEMORY, MACHINE_ID_MEMORY_TOTAL},
+        {SHOW_MEMORY, "memory available", MACHINE_ID_MEMORY, MACHINE_ID_MEMORY_AVAILABLE},
+    };
+    PrintHeading("Single values, read where they lie");
+    for (size_t i = 0; i < sizeof rows / sizeof rows[0]; ++i) {
+        if ((show & rows[i].group) == 0) {
+            continue;
+        }
+        if (rows[i].object == 0 ? !PrintValue(rows[i].name, block, rows[i].value)
+                                : !PrintNestedValue(rows[i].name, block, rows[i].object, rows[i].value)) {
+            return 0;
+        }
+    }
+    return (show & SHOW_FILES) == 0 || PrintFiles(block);
+}
+
+static int UseBlock(Block *block, const Options *options)
+{
+    if (options->format == FORMAT_XML) {
+        return PrintXML(block->bytes);
+    }
     printf("\nCLIENT, process %ld, received %" PRIu32 " bytes\n", (long)getpid(), block->room);
+    if ((options->show & SHOW_REST) == 0) {
+        return PrintSingleValues(block->bytes, options->show);
+    }
     PrintHeading("What the block begins with");
     PrintDump(block->bytes);
-    PrintHeading("Single values, read where they lie");
-    if (!PrintSingleValues(block->bytes)) {
+    if (!PrintSingleValues(block->bytes, options->show)) {
         return 0;
     }
     PrintHeading("The whole block, walked from front to back");
     return PrintTree(block->bytes) && PatchAndCompare(block) && PrintTexts(block->bytes) && PrintSums();
 }
 
-int main(void)
+int main(int argc, char **argv)
 {
     Block block = {NULL, 0};
-    int done = Receive(&block) && UseBlock(&block);
+    Options options;
+    if (!ReadOptions("client", OPTION_CLIENT, argc, argv, &options)) {
+        return EXIT_USAGE;
+    }
+    int done = Receive(&block) && UseBlock(&block, &options);
     free(block.bytes);
     if (fflush(stdout) != 0 || ferror(stdout)) {
         done = SystemFailed("writing to standard output", strerror(errno));

@@ -1,6 +1,6 @@
-/* The client's own parts: show.c turns values into text for people, tree.c walks a block, patch.c changes
- * one, texts.c shows what a text of it looks like in several forms, sums.c sums a file. Calls that return int give 1
- * when all went well and 0 after a message on standard error. */
+/* The client's own parts: show.c turns values into text for people, tree.c walks a block, xml.c writes one as an XML
+ * document, patch.c changes one, texts.c shows what a text of it looks like in several forms, sums.c sums a file.
+ * Calls that return int give 1 when all went well and 0 after a message on standard error. */
 #ifndef EXAMPLES_CLIENT_H
 #define EXAMPLES_CLIENT_H
 
@@ -28,17 +28,20 @@ const char *LabelOf(uint16_t id);
 /* The name of a kind, the library's two included. */
 const char *KindName(uint8_t kind, int isArray);
 
+/* The library's type for a value, SMXLT_TYPE_BYTES for one that kind and size do not explain. */
+uint8_t TypeOf(uint8_t kind, uint32_t size);
+
 /* A value as a person reads it: text of at most SHOWN bytes. What kind and size do not explain becomes hex. */
 void ShowValue(char *shown, uint8_t kind, const void *data, uint32_t size);
-
-/* A number of bytes with its unit. */
-void ShowBytes(char *shown, uint64_t bytes);
 
 /* Prints the header and the first descriptors byte for byte, and what they mean. */
 void PrintDump(const SMSDOBinary *block);
 
 /* Prints every entry of the block, nested ones indented. */
 int PrintTree(const SMSDOBinary *block);
+
+/* Writes the block as one XML document. */
+int PrintXML(const SMSDOBinary *block);
 
 /* Changes two values of the block and sets them back, and compares what is rebuilt from the block each time with
  * the object as it was received. */

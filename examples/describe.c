@@ -95,7 +95,7 @@ static Draft DescribeFileSystem(const FileSystemFacts *facts)
     PutBytes(&draft, MACHINE_ID_MOUNT_SIZE, facts->size);
     PutBytes(&draft, MACHINE_ID_MOUNT_USED, facts->used);
     PutBytes(&draft, MACHINE_ID_MOUNT_AVAILABLE, facts->available);
-    Put(&draft, MACHINE_ID_MOUNT_READ_ONLY, MACHINE_YES_NO, &facts->readOnly, sizeof facts->readOnly);
+    Put(&draft, MACHINE_ID_MOUNT_READ_ONLY, MACHINE_BOOLEAN, &facts->readOnly, sizeof facts->readOnly);
     return draft;
 }
 

@@ -155,7 +155,7 @@ static int GatherMemory(MachineFacts *facts)
     return facts->memory.known;
 }
 
-void GatherFacts(MachineFacts *facts)
+void GatherFacts(MachineFacts *facts, FILE *messages)
 {
     static const struct {
         const char *what;
@@ -174,14 +174,15 @@ void GatherFacts(MachineFacts *facts)
     memset(facts, 0, sizeof *facts);
     for (size_t i = 0; i < sizeof steps / sizeof steps[0]; ++i) {
         if (!steps[i].gather(facts)) {
-            printf("  not told   %s (%s)\n", steps[i].what, steps[i].source);
+            (void)fprintf(messages, "  not told   %s (%s)\n", steps[i].what, steps[i].source);
         }
     }
     if (facts->fileSystemsLeftOut != 0) {
-        printf("  left out   file systems beyond the first %d: %" PRIu32 "\n", FACT_FILE_SYSTEMS,
-               facts->fileSystemsLeftOut);
+        (void)fprintf(messages, "  left out   file systems beyond the first %d: %" PRIu32 "\n", FACT_FILE_SYSTEMS,
+                      facts->fileSystemsLeftOut);
     }
     if (facts->fileSystemsSilent != 0) {
-        printf("  left out   file systems that do not tell their size: %" PRIu32 "\n", facts->fileSystemsSilent);
+        (void)fprintf(messages, "  left out   file systems that do not tell their size: %" PRIu32 "\n",
+                      facts->fileSystemsSilent);
     }
 }

@@ -5,14 +5,14 @@
 
 #include <qzvest/types.h>
 
-/* Kinds, bits 0-3 of a type byte. Numbers are unsigned and in host byte order; the kind tells the unit, so a
+/* Kinds, bits 0-3 of a type byte. Numbers are unsigned and in host byte order; the kind tells size and unit, so a
  * reader can show a value of an ID that it has never heard of. */
 enum {
-    MACHINE_NUMBER = 1,     /* a plain number */
-    MACHINE_BYTES = 2,      /* a number of bytes */
-    MACHINE_SECONDS = 3,    /* a number of seconds */
-    MACHINE_HUNDREDTHS = 4, /* a number of hundredths */
-    MACHINE_YES_NO = 5,     /* 1 or 0 in one byte */
+    MACHINE_NUMBER = 1,     /* a plain number of 32 bits */
+    MACHINE_BYTES = 2,      /* a number of bytes, of 64 bits */
+    MACHINE_SECONDS = 3,    /* a number of seconds, of 64 bits */
+    MACHINE_HUNDREDTHS = 4, /* a number of hundredths, of 32 bits */
+    MACHINE_BOOLEAN = 5,    /* 1 for true or 0 for false, of 16 bits, as the library has it */
     MACHINE_TEXT = 6        /* UTF-8 with its final 0 */
 };
 
@@ -50,7 +50,7 @@ enum {
     MACHINE_ID_MOUNT_SIZE = 83, /* bytes */
     MACHINE_ID_MOUNT_USED = 84,
     MACHINE_ID_MOUNT_AVAILABLE = 85,
-    MACHINE_ID_MOUNT_READ_ONLY = 86 /* yes or no */
+    MACHINE_ID_MOUNT_READ_ONLY = 86 /* boolean */
 };
 
 #endif

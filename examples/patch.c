@@ -2,6 +2,7 @@
 #include "client.h"
 #include "machine.h"
 
+#include <qzvest/print.h>
 #include <qzvest/sdo.h>
 
 #include <inttypes.h>
@@ -104,7 +105,7 @@ static int PatchAndCompareWith(Block *block, const SMSDOConfig *original)
     memcpy(&count, readers.data, sizeof count);
     ++count;
     memcpy(readers.data, &count, sizeof count);
-    remark.size = 1 + (uint32_t)snprintf(remark.data, sizeof remark.data, "seen by process %ld", (long)getpid());
+    remark.size = 1 + SMsnprintf(remark.data, sizeof remark.data, "seen by process %ld", (long)getpid());
     return SetBoth("Two values changed in the block", block, &readers, &remark) && Compare(block, original, 0) &&
            SetBoth("The same two set back", block, &oldReaders, &oldRemark) && Compare(block, original, 1);
 }

@@ -2,9 +2,10 @@
  * sends the block to a client, a program of its own that it starts with one end of a socket pair as its
  * standard input.
  *
- *   service [client]     client: path of the client's program; left out, the one beside this program */
+ * It takes options (options.c) and hands those that are the client's on to it. */
 #include "service.h"
 #include "machine.h"
+#include "options.h"
 
 #include <qzvest/module.h>
 #include <qzvest/sdo.h>
@@ -70,11 +71,16 @@ static int FindClient(const char *given, char *path, size_t room)
     return 1;
 }
 
-/* Starts the client with socket as its standard input. No other end stays open in it. */
-static int StartClient(const char *path, int socket, pid_t *clientOut)
+/* Starts the client with socket as its standard input and its part of the options. No other end stays open in it. */
+static int StartClient(const char *path, const Options *options, int socket, pid_t *clientOut)
 {
     char name[] = "client";
-    char *arguments[] = {name, NULL};
+    char *arguments[OPTION_CLIENT + 2] = {name};
+    for (int i = 0, count = 1; i < OPTION_CLIENT; ++i) {
+        if (options->given[i] != NULL) {
+            arguments[count++] = options->given[i];
+        }
+    }
     posix_spawn_file_actions_t actions;
     int error = posix_spawn_file_actions_init(&actions);
     if (error != 0) {
@@ -119,7 +125,7 @@ static int AwaitClient(pid_t client)
     return 1;
 }
 
-static int Deliver(const char *clientPath, const void *block, uint32_t size)
+static int Deliver(const char *clientPath, const Options *options, const void *block, uint32_t size)
 {
     int ends[2];
     pid_t client;
@@ -127,7 +133,7 @@ static int Deliver(const char *clientPath, const void *block, uint32_t size)
         return SystemFailed("socketpair", errno);
     }
     (void)fflush(stdout); /* what was printed so far stands above what the client prints; main looks for errors */
-    const int started = StartClient(clientPath, ends[1], &client);
+    const int started = StartClient(clientPath, options, ends[1], &client);
     (void)close(ends[1]);
     const int sent = started && Send(ends[0], block, size);
     (void)close(ends[0]); /* the client reads the end of its input, also when it did not get all */
@@ -150,24 +156,26 @@ static int Verify(const SMSDOConfig *object, const void *block)
     return equal;
 }
 
-static void PrintObject(const MachineFacts *facts, const SMSDOConfig *object, uint32_t size)
+static void PrintObject(FILE *messages, const MachineFacts *facts, const SMSDOConfig *object, uint32_t size)
 {
-    printf("  gathered   what this machine tells of itself, %" PRIu32 " file system%s included\n",
-           facts->fileSystemCount, facts->fileSystemCount == 1 ? "" : "s");
-    printf("  built      one object of %" PRIu32 " entries, %" PRIu32 " more objects nested in it\n",
-           SMSDOConfigGetCount(object), (uint32_t)(facts->load.known + facts->memory.known) + facts->fileSystemCount);
-    printf("  flattened  %" PRIu32 " bytes in one block, without a pointer in it\n", size);
-    printf("  verified   rebuilt from the block it equals the original\n");
-    printf("  sends      that block over a socket to the client, a program of its own\n");
+    (void)fprintf(messages, "  gathered   what this machine tells of itself, %" PRIu32 " file system%s included\n",
+                  facts->fileSystemCount, facts->fileSystemCount == 1 ? "" : "s");
+    (void)fprintf(messages, "  built      one object of %" PRIu32 " entries, %" PRIu32 " more objects nested in it\n",
+                  SMSDOConfigGetCount(object),
+                  (uint32_t)(facts->load.known + facts->memory.known) + facts->fileSystemCount);
+    (void)fprintf(messages, "  flattened  %" PRIu32 " bytes in one block, without a pointer in it\n", size);
+    (void)fprintf(messages, "  verified   rebuilt from the block it equals the original\n");
+    (void)fprintf(messages, "  sends      that block over a socket to the client, a program of its own\n");
 }
 
-static int Serve(const char *clientPath)
+static int Serve(const char *clientPath, const Options *options)
 {
+    FILE *messages = options->format == FORMAT_XML ? stderr : stdout; /* the document stands alone */
     MachineFacts facts;
     uint32_t size;
-    printf("SERVICE, process %ld, with libqzvest %" PRIu32 ".%" PRIu32 ".%" PRIu32 "\n", (long)getpid(),
-           VESTGetMajorVersion(), VESTGetMinorVersion(), VESTGetRevision());
-    GatherFacts(&facts);
+    (void)fprintf(messages, "SERVICE, process %ld, with libqzvest %" PRIu32 ".%" PRIu32 ".%" PRIu32 "\n",
+                  (long)getpid(), VESTGetMajorVersion(), VESTGetMinorVersion(), VESTGetRevision());
+    GatherFacts(&facts, messages);
     SMSDOConfig *object = DescribeMachine(&facts);
     if (object == NULL) {
         return 0;
@@ -175,8 +183,8 @@ static int Serve(const char *clientPath)
     void *block = Flatten(object, &size);
     int served = 0;
     if (block != NULL && Verify(object, block)) {
-        PrintObject(&facts, object, size);
-        served = Deliver(clientPath, block, size);
+        PrintObject(messages, &facts, object, size);
+        served = Deliver(clientPath, options, block, size);
     }
     free(block);
     SMSDOConfigFree(object);
@@ -186,11 +194,11 @@ static int Serve(const char *clientPath)
 int main(int argc, char **argv)
 {
     char clientPath[PATH_MAX];
-    if (argc > 2) {
-        (void)fprintf(stderr, "usage: service [path of the client]\n");
-        return EXIT_FAILURE;
+    Options options;
+    if (!ReadOptions("service", OPTION_COUNT, argc, argv, &options)) {
+        return EXIT_USAGE;
     }
-    if (!FindClient(argc == 2 ? argv[1] : NULL, clientPath, sizeof clientPath) || !Serve(clientPath)) {
+    if (!FindClient(options.client, clientPath, sizeof clientPath) || !Serve(clientPath, &options)) {
         return EXIT_FAILURE;
     }
     if (fflush(stdout) != 0 || ferror(stdout)) {

@@ -4,6 +4,8 @@
 
 #include <qzvest/types.h>
 
+#include <stdio.h>
+
 enum { FACT_TEXT = 256, FACT_FILE_SYSTEMS = 16 };
 
 typedef struct FileSystemFacts {
@@ -14,7 +16,7 @@ typedef struct FileSystemFacts {
     char point[FACT_TEXT];
     char type[FACT_TEXT];
     char source[FACT_TEXT];
-    uint8_t readOnly;
+    int16_t readOnly; /* 1 or 0 */
 } FileSystemFacts;
 
 /* What is known of this machine. A fact that the machine does not tell is an empty text, or a group with
@@ -48,8 +50,8 @@ typedef struct MachineFacts {
     uint32_t fileSystemsSilent;  /* mounted, but would not tell their size */
 } MachineFacts;
 
-/* Asks for everything, and prints a line for each thing that this machine does not tell. */
-void GatherFacts(MachineFacts *facts);
+/* Asks for everything, and writes to messages a line for each thing that this machine does not tell. */
+void GatherFacts(MachineFacts *facts, FILE *messages);
 
 /* The file systems alone. 1 when at least one is known. */
 int GatherFileSystems(MachineFacts *facts);

@@ -2,7 +2,9 @@
 #include "client.h"
 #include "machine.h"
 
+#include <qzvest/print.h>
 #include <qzvest/sdo.h>
+#include <qzvest/typedvalue.h>
 
 #include <ctype.h>
 #include <inttypes.h>
@@ -60,29 +62,7 @@ const char *LabelOf(uint16_t id)
     return NULL;
 }
 
-const char *KindName(uint8_t kind, int isArray)
-{
-    switch (kind) {
-    case MACHINE_NUMBER:
-        return "number";
-    case MACHINE_BYTES:
-        return "bytes";
-    case MACHINE_SECONDS:
-        return "seconds";
-    case MACHINE_HUNDREDTHS:
-        return "1/100";
-    case MACHINE_YES_NO:
-        return "yes/no";
-    case MACHINE_TEXT:
-        return "text";
-    case SM_SDO_KIND_FLAT:
-        return isArray ? "array" : "object";
-    default:
-        return "other";
-    }
-}
-
-void ShowBytes(char *shown, uint64_t bytes)
+static void ShowBytes(char *shown, uint64_t bytes)
 {
     static const char *const units[] = {"bytes", "KiB", "MiB", "GiB", "TiB", "PiB", "EiB"};
     double amount = (double)bytes;
@@ -91,7 +71,7 @@ void ShowBytes(char *shown, uint64_t bytes)
         amount /= 1024;
         ++unit;
     }
-    (void)snprintf(shown, SHOWN, unit == 0 ? "%.0f %s" : "%.1f %s", amount, units[unit]);
+    (void)SMsnprintf(shown, SHOWN, unit == 0 ? "%.0f %s" : "%.1f %s", amount, units[unit]);
 }
 
 static void ShowSeconds(char *shown, uint64_t seconds)
@@ -99,71 +79,85 @@ static void ShowSeconds(char *shown, uint64_t seconds)
     const uint64_t minutes = seconds / 60;
     const uint64_t hours = minutes / 60;
     if (minutes == 0) {
-        (void)snprintf(shown, SHOWN, "%" PRIu64 " s", seconds);
+        (void)SMsnprintf(shown, SHOWN, "%" PRIu64 " s", seconds);
     } else if (hours == 0) {
-        (void)snprintf(shown, SHOWN, "%" PRIu64 " min %" PRIu64 " s", minutes, seconds % 60);
+        (void)SMsnprintf(shown, SHOWN, "%" PRIu64 " min %" PRIu64 " s", minutes, seconds % 60);
     } else if (hours < 24) {
-        (void)snprintf(shown, SHOWN, "%" PRIu64 " h %" PRIu64 " min", hours, minutes % 60);
+        (void)SMsnprintf(shown, SHOWN, "%" PRIu64 " h %" PRIu64 " min", hours, minutes % 60);
     } else {
-        (void)snprintf(shown, SHOWN, "%" PRIu64 " days %" PRIu64 " h", hours / 24, hours % 24);
+        (void)SMsnprintf(shown, SHOWN, "%" PRIu64 " days %" PRIu64 " h", hours / 24, hours % 24);
     }
+}
+
+static void ShowHundredths(char *shown, uint64_t hundredths)
+{
+    (void)SMsnprintf(shown, SHOWN, "%" PRIu64 ".%02" PRIu64, hundredths / 100, hundredths % 100);
 }
 
 /* Control characters, which a mount point may hold, would upset the reader's terminal. */
 static void ShowText(char *shown, const char *text, uint32_t size)
 {
-    uint32_t length = 0;
-    while (length < size && length < SHOWN - 1 && text[length] != '\0') {
-        shown[length] = (unsigned char)text[length] < ' ' || text[length] == 0x7F ? '?' : text[length];
-        ++length;
-    }
-    shown[length] = '\0';
-}
-
-static void ShowHex(char *shown, const void *data, uint32_t size)
-{
-    const uint8_t *bytes = data;
-    size_t length = 0;
-    shown[0] = '\0';
-    for (uint32_t i = 0; i < size && length + 4 < SHOWN; ++i) {
-        length += (size_t)snprintf(shown + length, SHOWN - length, i == 0 ? "%02x" : " %02x", bytes[i]);
+    const uint32_t length = SMsnprintf(shown, SHOWN, "%.*s", (int)size, text);
+    for (uint32_t i = 0; i < length; ++i) {
+        if ((unsigned char)shown[i] < ' ' || shown[i] == 0x7F) {
+            shown[i] = '?';
+        }
     }
 }
 
-/* Reads an unsigned number of 1, 4 or 8 bytes, the sizes that the vocabulary's kinds come in. */
-static int NumberFrom(const void *data, uint32_t size, uint64_t *number)
+/* What each kind of the vocabulary is to the library, and to people. */
+typedef struct Kind {
+    const char *name;
+    uint8_t type;                         /* SMXLT_TYPE_... */
+    uint8_t size;                         /* bytes, 0 for any */
+    void (*showInUnit)(char *, uint64_t); /* of a number that has a unit, else NULL */
+} Kind;
+
+static const Kind *KindOf(uint8_t kind)
 {
-    uint32_t word;
-    if (size == sizeof *number) {
-        memcpy(number, data, sizeof *number);
-    } else if (size == sizeof word) {
-        memcpy(&word, data, sizeof word);
-        *number = word;
-    } else if (size == 1) {
-        *number = *(const uint8_t *)data;
-    } else {
-        return 0;
-    }
-    return 1;
+    static const Kind other = {"other", SMXLT_TYPE_BYTES, 0, NULL};
+    static const Kind kinds[SM_SDO_KIND_MASK + 1] = {
+        [MACHINE_NUMBER] = {"number", SMXLT_TYPE_UINT32, 4, NULL},
+        [MACHINE_BYTES] = {"bytes", SMXLT_TYPE_UINT64, 8, ShowBytes},
+        [MACHINE_SECONDS] = {"seconds", SMXLT_TYPE_UINT64, 8, ShowSeconds},
+        [MACHINE_HUNDREDTHS] = {"1/100", SMXLT_TYPE_UINT32, 4, ShowHundredths},
+        [MACHINE_BOOLEAN] = {"boolean", SMXLT_TYPE_BOOL, 2, NULL},
+        [MACHINE_TEXT] = {"text", SMXLT_TYPE_UTF8, 0, NULL},
+        [SM_SDO_KIND_FLAT] = {"object", SMXLT_TYPE_BYTES, 0, NULL},
+    };
+    const Kind *row = &kinds[kind & SM_SDO_KIND_MASK];
+    return row->name != NULL ? row : &other;
+}
+
+const char *KindName(uint8_t kind, int isArray)
+{
+    return kind == SM_SDO_KIND_FLAT && isArray ? "array" : KindOf(kind)->name;
+}
+
+uint8_t TypeOf(uint8_t kind, uint32_t size)
+{
+    const Kind *row = KindOf(kind);
+    return row->size == 0 || row->size == size ? row->type : SMXLT_TYPE_BYTES;
 }
 
 void ShowValue(char *shown, uint8_t kind, const void *data, uint32_t size)
 {
-    uint64_t number;
-    if (kind == MACHINE_TEXT) {
+    const uint8_t type = TypeOf(kind, size);
+    const Kind *row = KindOf(kind);
+    uint32_t room = SHOWN;
+    uint64_t number = 0;
+    if (type == SMXLT_TYPE_UTF8) {
         ShowText(shown, data, size);
-    } else if (kind > MACHINE_TEXT || !NumberFrom(data, size, &number)) {
-        ShowHex(shown, data, size);
-    } else if (kind == MACHINE_BYTES) {
-        ShowBytes(shown, number);
-    } else if (kind == MACHINE_SECONDS) {
-        ShowSeconds(shown, number);
-    } else if (kind == MACHINE_HUNDREDTHS) {
-        (void)snprintf(shown, SHOWN, "%" PRIu64 ".%02u", number / 100, (unsigned)(number % 100));
-    } else if (kind == MACHINE_YES_NO) {
-        (void)snprintf(shown, SHOWN, "%s", number != 0 ? "yes" : "no");
-    } else {
-        (void)snprintf(shown, SHOWN, "%" PRIu64, number);
+    } else if (type == row->type && row->showInUnit != NULL) {
+        uint32_t word;
+        memcpy(&word, data, sizeof word);
+        number = word;
+        if (size == sizeof number) {
+            memcpy(&number, data, sizeof number);
+        }
+        row->showInUnit(shown, number);
+    } else if (SMXLTTypeValueToUTF8(data, size, shown, &room, type) != SM_STATUS_OK) { /* bytes, none or too many */
+        (void)SMsnprintf(shown, SHOWN, "%" PRIu32 " bytes", size);
     }
 }
 
@@ -172,8 +166,8 @@ static void PrintDumpRow(const uint8_t *block, uint32_t offset, uint32_t size, c
 {
     char hex[SHOWN];
     char letters[SHOWN];
-    ShowHex(hex, block + offset, size);
     for (uint32_t i = 0; i < size; ++i) {
+        (void)SMsnprintf(hex + 3 * i, 4, i + 1 < size ? "%02x " : "%02x", block[offset + i]);
         letters[i] = '.';
         if (block[offset + i] < 0x80 && isprint(block[offset + i])) {
             letters[i] = (char)block[offset + i];
@@ -197,13 +191,14 @@ static uint32_t PrintDescriptor(const uint8_t *block, uint32_t offset)
     memcpy(&id, block + offset, sizeof id);
     memcpy(words, block + offset + 4, sizeof words);
     const char *label = LabelOf(id);
-    const int head = snprintf(meaning, sizeof meaning, "ID %u %s, %s: ", id, label != NULL ? label : "unknown", kind);
+    const uint32_t head =
+        SMsnprintf(meaning, sizeof meaning, "ID %u %s, %s: ", id, label != NULL ? label : "unknown", kind);
     char *rest = meaning + head;
-    const size_t room = sizeof meaning - (size_t)head;
+    const uint32_t room = sizeof meaning - head;
     if (storage & ELSEWHERE) {
-        (void)snprintf(rest, room, "%u bytes, %u bytes on", words[0], words[1]);
+        (void)SMsnprintf(rest, room, "%u bytes, %u bytes on", words[0], words[1]);
     } else {
-        (void)snprintf(rest, room, "%d bytes, right here", (storage & SHORT_LENGTH) + 1);
+        (void)SMsnprintf(rest, room, "%d bytes, right here", (storage & SHORT_LENGTH) + 1);
     }
     PrintDumpRow(block, offset, 8, meaning);
     return storage & ELSEWHERE ? offset + words[1] : 0;
@@ -219,9 +214,9 @@ void PrintDump(const SMSDOBinary *block)
     uint32_t value = 0;
     printf("  %6s  %-23s  %-8s  %s\n", "offset", "bytes", "as text", "meaning");
     PrintDumpRow(bytes, 0, 4, "a flat object");
-    (void)snprintf(meaning, sizeof meaning, "of %" PRIu32 " entries", count);
+    (void)SMsnprintf(meaning, sizeof meaning, "of %" PRIu32 " entries", count);
     PrintDumpRow(bytes, 4, 2, meaning);
-    (void)snprintf(meaning, sizeof meaning, "%" PRIu32 " bytes in all, these included", size);
+    (void)SMsnprintf(meaning, sizeof meaning, "%" PRIu32 " bytes in all, these included", size);
     PrintDumpRow(bytes, 6, 2, meaning);
     for (uint32_t i = 0; i < DESCRIPTORS && i < count; ++i) {
         const uint32_t place = PrintDescriptor(bytes, SM_SDO_HEADER_SIZE + 8 * i);

@@ -2,6 +2,7 @@
 #include "client.h"
 #include "machine.h"
 
+#include <qzvest/print.h>
 #include <qzvest/sdo.h>
 
 #include <inttypes.h>
@@ -23,7 +24,7 @@ static void ShowCount(char *shown, uint32_t count, int isArray)
 {
     const char *one = isArray ? "element" : "entry";
     const char *many = isArray ? "elements" : "entries";
-    (void)snprintf(shown, SHOWN, "%" PRIu32 " %s", count, count == 1 ? one : many);
+    (void)SMsnprintf(shown, SHOWN, "%" PRIu32 " %s", count, count == 1 ? one : many);
 }
 
 /* The cookie of a nested block is the ID of the entry that holds it, which has been printed already. */
@@ -61,7 +62,7 @@ static uint32_t PrintEntry(void *context, uint64_t *childCookieOut, uint16_t id,
     char column[16];
     (void)typeBits6And7; /* the vocabulary gives them no meaning */
     *childCookieOut = id;
-    (void)snprintf(column, sizeof column, "%s%s", KindName(kind, typeBit4), mark);
+    (void)SMsnprintf(column, sizeof column, "%s%s", KindName(kind, typeBit4), mark);
     printf("  %5u  %-8s %6" PRIu32 "  %*s", id, column, size, indent, "");
     if (kind == SM_SDO_KIND_FLAT) {
         ShowCount(shown, SMSDOBinaryGetCount(data, NULL), typeBit4);

@@ -1,0 +1,123 @@
+/* Reads the options. The library finds and reads a parameter that is right; what is wrong we tell ourselves. */
+#include "options.h"
+
+#include <qzvest/parameter.h>
+#include <qzvest/print.h>
+
+#include <stdio.h>
+#include <string.h>
+
+static const char *const names[OPTION_COUNT] = {"show", "format", "client"};
+
+/* Row 0 answers for an unknown word, row 1 also for an absent option. */
+static const SMNVPEnumEntry groups[] = {
+    {NULL, 0},           {"all", SHOW_ALL},       {"host", SHOW_HOST},
+    {"load", SHOW_LOAD}, {"memory", SHOW_MEMORY}, {"files", SHOW_FILES},
+};
+static const SMNVPEnumEntry formats[] = {{NULL, FORMAT_UNKNOWN}, {"text", FORMAT_TEXT}, {"xml", FORMAT_XML}};
+
+enum { GROUP_ROWS = sizeof groups / sizeof groups[0], FORMAT_ROWS = sizeof formats / sizeof formats[0] };
+
+static void PrintUsage(const char *program, int32_t count)
+{
+    (void)fprintf(stderr, "usage: %s [show=GROUPS] [format=FORMAT]%s\n", program,
+                  count > OPTION_CLIENT ? " [client=PATH]" : "");
+    (void)fprintf(stderr, "  GROUPS  host, load, memory, files: only these values, several as 'memory|load' or\n"
+                          "          memory,load; all: these and everything else, as without this option\n"
+                          "  FORMAT  text, as without this option, or xml: the object as one XML document on\n"
+                          "          standard output, always whole, and messages on standard error\n");
+    if (count > OPTION_CLIENT) {
+        (void)fprintf(stderr, "  PATH    the client's program; without this option the one beside the service\n");
+    }
+}
+
+/* The name's place in names; -1 for a text that is no parameter or of no known name. */
+static int32_t OptionOf(char *text, int32_t count)
+{
+    for (int32_t i = 0; i < count; ++i) {
+        if (SMNVPGetParamIndexByUTF8Name(1, &text, names[i], 0) == 0) {
+            return i;
+        }
+    }
+    return -1;
+}
+
+/* Whether each text is an option, and none is given twice; the library would take the first and pass over the rest. */
+static int SortOptions(const char *program, int32_t count, int argc, char **argv, Options *options)
+{
+    for (int i = 0; i < argc; ++i) {
+        const int32_t option = OptionOf(argv[i], count);
+        if (!SMIsValidParam(argv[i])) {
+            (void)fprintf(stderr, "%s: '%s' is not of the form name=value\n", program, argv[i]);
+            return 0;
+        }
+        if (option < 0) {
+            (void)fprintf(stderr, "%s: there is no option '%s'\n", program, SMNVPGetUTF8ParamName(argv[i]));
+            return 0;
+        }
+        if (options->given[option] != NULL) {
+            (void)fprintf(stderr, "%s: '%s' is given twice\n", program, names[option]);
+            return 0;
+        }
+        options->given[option] = argv[i];
+    }
+    return 1;
+}
+
+/* Whether all words of a list are known; the library would pass over the others. It splits at "|" or else at ",". */
+static int KnowsGroups(const char *program, const char *list)
+{
+    const char *separator = strchr(list, '|') != NULL ? "|" : ",";
+    for (const char *word = list;; ++word) {
+        const int length = (int)strcspn(word, separator);
+        char text[32]; /* a word that is cut here is none of ours */
+        char *parameter = text;
+        (void)SMsnprintf(text, sizeof text, "show=%.*s", length, word);
+        if (SMNVPGetEnums32Value(1, &parameter, "show", 0, groups, GROUP_ROWS, 0) == groups[0].value) {
+            (void)fprintf(stderr, "%s: show: there is no group '%.*s'\n", program, length, word);
+            return 0;
+        }
+        word += length;
+        if (*word == '\0') {
+            return 1;
+        }
+    }
+}
+
+static int ReadValues(const char *program, int argc, char **argv, Options *options)
+{
+    const char *list = SMNVPGetUTF8ParamValueByUTF8Name(argc, argv, names[OPTION_SHOW], 0);
+    options->client = SMNVPGetUTF8ParamValueByUTF8Name(argc, argv, names[OPTION_CLIENT], 0);
+    options->format = SMNVPGetEnums32Value(argc, argv, names[OPTION_FORMAT], 0, formats, FORMAT_ROWS, 0);
+    if (options->format == FORMAT_UNKNOWN) {
+        (void)fprintf(stderr, "%s: format: there is no format '%s'\n", program,
+                      SMNVPGetUTF8ParamValue(options->given[OPTION_FORMAT]));
+        return 0;
+    }
+    if (list != NULL && !KnowsGroups(program, list)) {
+        return 0;
+    }
+    options->show = SMNVPGetEnums32Value(argc, argv, names[OPTION_SHOW], 0, groups, GROUP_ROWS, 1);
+    if (options->show == SM_ENUM_UNREADABLE) {
+        (void)fprintf(stderr, "%s: show: no memory to read it\n", program);
+        return 0;
+    }
+    if (options->format == FORMAT_XML && options->show != SHOW_ALL) {
+        (void)fprintf(stderr, "%s: format=xml writes the whole object, no groups of it can be chosen\n", program);
+        return 0;
+    }
+    return 1;
+}
+
+int ReadOptions(const char *program, int32_t count, int argc, char **argv, Options *options)
+{
+    char *none = NULL; /* a vector, where there is not even a program's name */
+    const int given = argc > 0 ? argc - 1 : 0;
+    char **first = given > 0 ? argv + 1 : &none;
+    memset(options, 0, sizeof *options);
+    if (SortOptions(program, count, given, first, options) && ReadValues(program, given, first, options)) {
+        return 1;
+    }
+    PrintUsage(program, count);
+    return 0;
+}
