@@ -27,6 +27,17 @@ int strcpy_s(char *destination, size_t bound, const char *source)
     return 0;
 }
 
+int strcat_s(char *destination, size_t bound, const char *source)
+{
+    if (!UsableRoom(destination, bound))
+        return EINVAL;
+    const size_t length = strnlen(destination, bound);
+    const int error = length == bound ? EINVAL : strcpy_s(destination + length, bound - length, source);
+    if (error != 0)
+        *destination = '\0';
+    return error;
+}
+
 int ctime_s(char *destination, size_t bound, const time_t *time)
 {
     if (!UsableRoom(destination, bound))

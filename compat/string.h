@@ -21,6 +21,9 @@ inline bool UsableRoom(const void *destination, size_t bound)
 
 int strcpy_s(char *destination, size_t bound, const char *source);
 
+// The bound is that of the whole destination, what it holds already included.
+int strcat_s(char *destination, size_t bound, const char *source);
+
 // The 25 characters of the C library's time text, line feed included; the bound is at least 26. Years outside 0 to
 // 9999 are refused.
 int ctime_s(char *destination, size_t bound, const time_t *time);

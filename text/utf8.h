@@ -16,6 +16,16 @@ char *SMUTF8Strdup(const char *string);
 int32_t SMUTF8Strnicmp(const char *first, const char *second, uint32_t maximum);
 char *SMUTF8Strstri(const char *haystack, const char *needle);
 
+// Of the letters of ASCII, whatever the locale says.
+constexpr char AsciiLower(char c)
+{
+    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+}
+constexpr char AsciiUpper(char c)
+{
+    return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
+}
+
 // SMUTF8Strdup that tells the bytes of the copy, terminator included; 0 when there is none. sizeOut may be NULL.
 char *UTF8StrdupSized(const char *string, uint32_t *sizeOut);
 

@@ -5,6 +5,7 @@
 #include <qzvest/base64.h>
 #include <qzvest/crc32.h>
 #include <qzvest/delimited.h>
+#include <qzvest/file.h>
 #include <qzvest/hashid.h>
 #include <qzvest/language.h>
 #include <qzvest/list.h>
@@ -18,6 +19,7 @@
 #include <qzvest/sdo.h>
 #include <qzvest/sizedstring.h>
 #include <qzvest/status.h>
+#include <qzvest/system.h>
 #include <qzvest/transcode.h>
 #include <qzvest/typedvalue.h>
 #include <qzvest/types.h>

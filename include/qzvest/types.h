@@ -210,6 +210,61 @@ typedef struct SMRFC1321Ctx {
     uint8_t buffer[64];   /* the current partial block */
 } SMRFC1321Ctx;
 
+/* ---- Files (file.h) ---- */
+
+/* A file whose changes are watched. */
+typedef struct SMFileProp SMFileProp;
+
+/* Names of a directory's files, one heap block; the strings belong to it. */
+typedef struct SMFileList {
+    uint32_t count;    /* entries in use */
+    uint32_t capacity; /* entries that the block has room for */
+    char *entries[1];  /* paths or bare names; as many as count says */
+} SMFileList;
+
+/* What SMFileListGet takes and how, or'ed; the last two exclude each other. */
+enum {
+    SM_FILE_LIST_NAMES = 1,     /* bare names, not paths */
+    SM_FILE_LIST_LINKS = 2,     /* symbolic links too */
+    SM_FILE_LIST_SPARING = 4,   /* the block grows by 1 entry, not by 100 */
+    SM_FILE_LIST_ASCENDING = 8, /* sorted by strcmp (C) */
+    SM_FILE_LIST_DESCENDING = 16
+};
+
+/* ---- INI files (ini.h) ---- */
+
+/* What a value is in memory, and how its text in the file is formed. */
+enum INIValueType {
+    INI_TYPE_UTF8 = 1,   /* text: itself */
+    INI_TYPE_UCS2 = 2,   /* UCS-2 text with its terminator: like INI_TYPE_BINARY over all its bytes */
+    INI_TYPE_BINARY = 3, /* bytes: "0x%02X," each, without the last comma */
+    INI_TYPE_BOOL = 4,   /* 16 bits, 1 is true: TRUE or FALSE */
+    INI_TYPE_UINT32 = 5,
+    INI_TYPE_INT32 = 6,
+    INI_TYPE_UINT64 = 7,
+    INI_TYPE_INT64 = 8,
+    INI_TYPE_DOUBLE = 9 /* "%.8f" */
+};
+
+/* A row of a table of words, as in parameter.h: row 0 answers for unknown words, row 1 is also the default. */
+typedef SMNVPEnumEntry SMINIEnumEntry;
+
+/* ---- Products (product.h) ---- */
+
+/* Products of the suite, by number. */
+#define SM_PRODUCT_ANY UINT32_C(0xFFFFFFFF) /* hmrq: the one with a chain of fallbacks */
+#define SM_PRODUCT_DEFAULT UINT32_C(35)     /* Gaugework: whose paths the library itself uses */
+
+/* Directories of a product; a call takes one. */
+enum SMPathType {
+    SM_PATH_INSTALL = 2,
+    SM_PATH_VARDATA = 4,
+    SM_PATH_LOG = 8,
+    SM_PATH_CONFIGTOOL = 16,
+    SM_PATH_INI = 64,
+    SM_PATH_BIN = 128
+};
+
 /* ---- Locks (mutex.h) ---- */
 
 typedef struct SMMutex SMMutex;

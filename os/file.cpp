@@ -1,0 +1,309 @@
+#include "os/file.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <ctime>
+
+#include "compat/print.h"
+#include "frame/heap.h"
+#include "os/descriptor.h"
+#include "text/utf8.h"
+
+struct SMFileProp {
+    char *path;
+    int64_t modified; // seconds
+};
+
+namespace qzvest {
+namespace {
+
+constexpr char kNameAlphabet[] = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789";
+constexpr int kNameLetters = sizeof kNameAlphabet - 1;
+constexpr uint32_t kNameLength = 8;
+constexpr int kNameTries = 100;
+constexpr size_t kPathRoom = 256;
+constexpr size_t kCopyRoom = 8192;
+constexpr mode_t kDirectoryMode = 0755;
+constexpr mode_t kReplacedMode = 0644;
+constexpr mode_t kPermissionBits = 07777;
+constexpr mode_t kPlainModeBits = 0666;
+constexpr mode_t kStickyModeBits = 01666;
+
+// The three texts as one, on the heap.
+HeapPtr<char> Joined(const char *first, const char *second, const char *third)
+{
+    const size_t room = std::strlen(first) + std::strlen(second) + std::strlen(third) + 1;
+    HeapPtr<char> text = HeapRoom<char>(room);
+    if (text)
+        (void)sprintf_s(text.get(), room, "%s%s%s", first, second, third);
+    return text;
+}
+
+bool Exists(const char *path)
+{
+    return access(path, F_OK) == 0;
+}
+
+// What a destination that cannot be opened or written means.
+uint32_t DestinationFailure()
+{
+    return errno == ENOSPC ? SM_STATUS_LIMIT_REACHED : SM_STATUS_FAILED;
+}
+
+// A short write counts as complete.
+uint32_t CopyContent(int source, int destination)
+{
+    const auto room = HeapRoom<char>(kCopyRoom);
+    if (!room)
+        return SM_STATUS_NO_MEMORY;
+    for (;;) {
+        ssize_t count;
+        do
+            count = read(source, room.get(), kCopyRoom);
+        while (count < 0 && errno == EINTR);
+        if (count == 0)
+            return SM_STATUS_OK;
+        if (count < 0)
+            return SM_STATUS_FAILED;
+        ssize_t written;
+        do
+            written = write(destination, room.get(), static_cast<size_t>(count));
+        while (written < 0 && errno == EINTR);
+        if (written < 0)
+            return DestinationFailure();
+    }
+}
+
+struct CopyManner {
+    int openFlags; // besides those of every destination
+    bool setMode;
+    bool sync;
+};
+
+uint32_t CopyFile(const char *sourcePath, const char *destinationPath, const CopyManner &manner)
+{
+    const Descriptor source(open(sourcePath, O_RDONLY | O_CLOEXEC));
+    if (!source)
+        return SM_STATUS_FILE_NOT_FOUND;
+    struct stat status;
+    if (fstat(source.Get(), &status) != 0)
+        return SM_STATUS_FILE_STAT_FAILED;
+    const mode_t mode = status.st_mode & kPermissionBits;
+    const Descriptor destination(open(destinationPath, O_RDWR | O_CREAT | O_CLOEXEC | manner.openFlags, mode));
+    if (!destination)
+        return DestinationFailure();
+    const uint32_t result = CopyContent(source.Get(), destination.Get());
+    if (result != SM_STATUS_OK)
+        return result;
+    if (manner.setMode)
+        (void)fchmod(destination.Get(), mode); // the content is there: no failure from here on
+    if (manner.sync)
+        (void)fsync(destination.Get());
+    return SM_STATUS_OK;
+}
+
+uint32_t CopyOver(const char *source, const char *destination, uint16_t overwrite, bool sync)
+{
+    if (source == nullptr || destination == nullptr)
+        return SM_STATUS_BAD_ARGUMENT;
+    if (overwrite == 0 && Exists(destination))
+        return SM_STATUS_FILE_EXISTS;
+    return CopyFile(source, destination, {.openFlags = O_TRUNC, .setMode = true, .sync = sync});
+}
+
+uint32_t CopyBehind(const char *source, const char *destination, uint16_t create, bool sync)
+{
+    if (source == nullptr || destination == nullptr)
+        return SM_STATUS_BAD_ARGUMENT;
+    const bool missing = !Exists(destination);
+    if (missing && create == 0)
+        return SM_STATUS_FILE_NOT_FOUND;
+    return CopyFile(source, destination, {.openFlags = O_APPEND, .setMode = missing, .sync = sync});
+}
+
+} // namespace
+
+uint32_t SMMkDir(const char *path)
+{
+    if (mkdir(path, kDirectoryMode) == 0 || errno == EEXIST)
+        return SM_STATUS_OK;
+    return Exists(path) ? SM_STATUS_OK : SM_STATUS_FAILED; // on a read-only file system, say
+}
+
+uint32_t SMRmDir(const char *path)
+{
+    if (rmdir(path) == 0)
+        return SM_STATUS_OK;
+    switch (errno) {
+    case ENOENT:
+        return SM_STATUS_NOT_FOUND;
+    case ENOTEMPTY:
+        return SM_STATUS_BAD_FORMAT;
+    default:
+        return SM_STATUS_FAILED;
+    }
+}
+
+uint32_t SMGetTmpFile(const char *directory, char *buffer, uint32_t *size)
+{
+    static bool seeded;
+    const auto path = HeapRoom<char>(kPathRoom);
+    if (!path)
+        return SM_STATUS_NO_MEMORY;
+    for (int tries = 0; tries < kNameTries; ++tries) {
+        if (*size < kNameLength + 1) {
+            *size = kNameLength + 1;
+            return SM_STATUS_BUFFER_TOO_SMALL;
+        }
+        if (!__atomic_exchange_n(&seeded, true, __ATOMIC_RELAXED))
+            std::srand(static_cast<unsigned>(std::time(nullptr)));
+        for (uint32_t i = 0; i < kNameLength; ++i)
+            buffer[i] = kNameAlphabet[std::rand() % kNameLetters]; // guessable: whoever creates the file minds that
+        buffer[kNameLength] = '\0';
+        sprintf_s(path.get(), kPathRoom, "%s/%s", directory, buffer);
+        if (!Exists(path.get())) {
+            *size = kNameLength + 1;
+            return SM_STATUS_OK;
+        }
+    }
+    return SM_STATUS_FAILED;
+}
+
+// By way of a stream: of files that don't know their size, such as those of /proc, it makes 0 and no failure.
+uint32_t SMGetSizeOfFile(const char *path, uint32_t *size)
+{
+    *size = 0;
+    FILE *file = std::fopen(path, "rbe");
+    if (file == nullptr)
+        return SM_STATUS_FAILED;
+    const long start = std::ftell(file);
+    const long end = start >= 0 && std::fseek(file, 0, SEEK_END) == 0 ? std::ftell(file) : -1;
+    const bool found = end >= 0 && std::fseek(file, start, SEEK_SET) == 0;
+    std::fclose(file);
+    if (!found)
+        return SM_STATUS_FAILED;
+    *size = static_cast<uint32_t>(end);
+    return SM_STATUS_OK;
+}
+
+uint32_t SMDeleteFile(const char *path)
+{
+    return unlink(path) == 0 ? SM_STATUS_OK : SM_STATUS_FAILED;
+}
+
+uint32_t SMFileCopy(const char *source, const char *destination, uint16_t overwrite)
+{
+    return CopyOver(source, destination, overwrite, false);
+}
+
+uint32_t SMFileCopyAndSync(const char *source, const char *destination, uint16_t overwrite)
+{
+    return CopyOver(source, destination, overwrite, true);
+}
+
+uint32_t SMFileAppend(const char *source, const char *destination, uint16_t create)
+{
+    return CopyBehind(source, destination, create, false);
+}
+
+uint32_t SMFileAppendAndSync(const char *source, const char *destination, uint16_t create)
+{
+    return CopyBehind(source, destination, create, true);
+}
+
+SMFileProp *SMFilePropAlloc(const char *path)
+{
+    struct stat status;
+    if (path == nullptr || stat(path, &status) != 0)
+        return nullptr;
+    auto handle = HeapRoom<SMFileProp>(1);
+    if (!handle)
+        return nullptr;
+    handle->path = SMUTF8Strdup(path);
+    if (handle->path == nullptr)
+        return nullptr;
+    handle->modified = status.st_mtim.tv_sec;
+    return handle.release();
+}
+
+uint32_t SMFilePropIsModified(SMFileProp *handle)
+{
+    struct stat status;
+    if (handle == nullptr || stat(handle->path, &status) != 0 || status.st_mtim.tv_sec == handle->modified)
+        return 0;
+    handle->modified = status.st_mtim.tv_sec;
+    return 1;
+}
+
+void SMFilePropFree(SMFileProp *handle)
+{
+    if (handle == nullptr)
+        return;
+    std::free(handle->path);
+    std::free(handle);
+}
+
+mode_t SMFileModeGet(const char *path, mode_t defaultMode, uint32_t flags)
+{
+    struct stat status;
+    if (stat(path, &status) != 0)
+        return defaultMode;
+    return status.st_mode & ((flags & kKeepSticky) != 0 ? kStickyModeBits : kPlainModeBits);
+}
+
+HeapPtr<char> BackupPathOf(const char *path)
+{
+    return Joined(path, ".", "bak");
+}
+
+HeapPtr<char> TmpPathIn(const char *directory, uint32_t &status)
+{
+    char name[kNameLength + 1];
+    uint32_t size = sizeof name;
+    status = SMGetTmpFile(directory, name, &size);
+    if (status != SM_STATUS_OK)
+        return nullptr;
+    HeapPtr<char> path = Joined(directory, "/", name);
+    if (!path)
+        status = SM_STATUS_NO_MEMORY;
+    return path;
+}
+
+uint32_t CreateTmpFile(const char *directory, HeapPtr<char> &path, mode_t mode, int &descriptor)
+{
+    constexpr int kNewFile = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
+    for (int tries = 0; tries < kNameTries; ++tries) {
+        descriptor = open(path.get(), kNewFile, mode);
+        if (descriptor != -1)
+            return SM_STATUS_OK;
+        if (errno != EEXIST)
+            return SM_STATUS_FILE_NOT_FOUND;
+        // Processes that began in the same second draw the same names.
+        uint32_t status;
+        path = TmpPathIn(directory, status);
+        if (!path)
+            return status;
+    }
+    return SM_STATUS_FAILED;
+}
+
+uint32_t SMSafeFileReplace(const char *path, const char *newPath)
+{
+    const mode_t mode = SMFileModeGet(path, kReplacedMode, kKeepSticky);
+    const HeapPtr<char> backup = BackupPathOf(path);
+    if (!backup)
+        return SM_STATUS_NO_MEMORY;
+    if (std::rename(path, backup.get()) != 0)
+        return SM_STATUS_FAILED;
+    if (std::rename(newPath, path) != 0)
+        return SM_STATUS_ALREADY_EXISTS; // the next reader puts the backup back
+    (void)chmod(path, mode);
+    return unlink(backup.get()) == 0 ? SM_STATUS_OK : SM_STATUS_ACCESS_DENIED;
+}
+
+} // namespace qzvest
