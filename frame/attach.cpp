@@ -7,8 +7,12 @@
 
 #include <cstdlib>
 
+#include "config/product.h"
+#include "config/registration.h"
 #include "digest/crc32.h"
 #include "frame/module.h"
+#include "ipc/filelock.h"
+#include "ipc/paths.h"
 #include "os/ipv4.h"
 #include "text/format.h"
 
@@ -17,8 +21,9 @@ namespace {
 
 // In the order of bring-up. A facility with process-wide state adds its row here.
 constexpr AttachStep kSteps[] = {
-    {NetworkAttach, NetworkDetach},
-    {FormatLockAttach, FormatLockDetach},
+    {RegistrationAttach, RegistrationDetach}, {FileLockRegistryAttach, FileLockRegistryDetach},
+    {ProductPathsAttach, ProductPathsDetach}, {NetworkAttach, NetworkDetach},
+    {SMIPCPathsInit, IPCPathsFree},           {FormatLockAttach, FormatLockDetach},
     {CRC32TableAttach, CRC32TableDetach},
 };
 

@@ -67,7 +67,9 @@ SMMutex *SMMutexCreate(const char *name)
 
 SMMutex *SMMutexCreate_s(const char *name, uint32_t /*accessMask: a file's, and an anonymous mutex has none*/)
 {
-    HeapPtr<SMMutex> record = NameRecordAlloc<SMMutex>(name, kKindMutex);
+    if (name != nullptr)
+        return nullptr; // objects that other processes can name are not there yet
+    HeapPtr<SMMutex> record = AnonymousRecordAlloc<SMMutex>(kKindMutex);
     if (!record)
         return nullptr;
     LocalMutexPtr mutex = LocalMutexAlloc();

@@ -5,6 +5,8 @@
 #include <qzvest/status.h>
 #include <qzvest/types.h>
 
+#include <cstddef>
+
 #include "frame/heap.h"
 
 namespace qzvest {
@@ -24,17 +26,17 @@ struct IPCNameRecord {
     uint32_t kind;
     char *name; // object name, behind the record in the same heap block; NULL for an anonymous object
 };
+static_assert(offsetof(IPCNameRecord, kind) == 0 && offsetof(IPCNameRecord, name) == 8);
 
-// A new record of recordSize bytes, of which the head is filled in and the rest is not, or NULL.
-//   name  the caller's name for the object; NULL makes an anonymous one, and any other gives NULL
-IPCNameRecord *SMIPCNameRecordAlloc(const char *name, size_t recordSize, uint32_t kind);
-
-// The same for a record type, which has the head as its first member `head`.
+// A record of an anonymous object, the head filled in and the rest not; empty when memory runs out.
 template <typename Record>
-HeapPtr<Record> NameRecordAlloc(const char *name, HandleKind kind)
+HeapPtr<Record> AnonymousRecordAlloc(HandleKind kind)
 {
     static_assert(offsetof(Record, head) == 0);
-    return HeapPtr<Record>(reinterpret_cast<Record *>(SMIPCNameRecordAlloc(name, sizeof(Record), kind)));
+    HeapPtr<Record> record = HeapRoom<Record>(1);
+    if (record)
+        record->head = {kind, nullptr};
+    return record;
 }
 
 // What every call with a handle tests first: SM_STATUS_OK, SM_STATUS_INVALID_PARAMETER for NULL, or

@@ -14,6 +14,7 @@
 #include <qzvest/netaddress.h>
 #include <qzvest/parameter.h>
 #include <qzvest/print.h>
+#include <qzvest/product.h>
 #include <qzvest/redblacktree.h>
 #include <qzvest/rfc1321.h>
 #include <qzvest/sdo.h>

@@ -1,0 +1,114 @@
+#include "config/registration.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstring>
+#include <string_view>
+
+#include "config/linereader.h"
+#include "text/utf8.h"
+
+namespace qzvest {
+namespace {
+
+constexpr const char *kPlaces[] = {"/etc/vkreg.cfg", "/usr/lib/ext/brio/vkreg.cfg"};
+constexpr uint32_t kReadLimit = 8451;
+
+const char *chosen; // one of the places, or NULL
+
+std::string_view WithoutLeadingBlanks(std::string_view text)
+{
+    size_t blanks = 0;
+    while (blanks < text.size() && IsBlank(text[blanks]))
+        ++blanks;
+    text.remove_prefix(blanks);
+    return text;
+}
+
+// True when the line gives the key's value, which points into the line.
+bool ValueOfLine(const Line &line, std::string_view key, std::string_view &value)
+{
+    std::string_view text = WithoutLeadingBlanks({line.bytes, strnlen(line.bytes, line.size)});
+    if (text.empty() || text.front() == ';' || text.front() == '#')
+        return false;
+    const size_t sign = text.find('=');
+    if (sign == std::string_view::npos || std::string_view(text.data(), sign) != key)
+        return false;
+    text.remove_prefix(sign + 1);
+    value = WithoutLeadingBlanks(text);
+    if (!value.empty() && value.back() == '\n')
+        value.remove_suffix(1);
+    while (value.size() > 1 && IsBlank(value.back()))
+        value.remove_suffix(1);
+    return true;
+}
+
+uint32_t CopyText(std::string_view text, HeapPtr<char> &copy)
+{
+    copy = HeapRoom<char>(text.size() + 1);
+    if (!copy)
+        return SM_STATUS_NO_MEMORY;
+    char *end = std::copy_n(text.data(), text.size(), copy.get());
+    *end = '\0';
+    return SM_STATUS_OK;
+}
+
+uint32_t KeyOfDescriptor(int descriptor, const char *key, HeapPtr<char> &value)
+{
+    LineReader reader;
+    if (!reader.Open(descriptor, kReadLimit))
+        return SM_STATUS_NO_MEMORY;
+    Line line;
+    std::string_view found;
+    while (reader.Next(line)) {
+        if (ValueOfLine(line, key, found))
+            return CopyText(found, value);
+    }
+    return SM_STATUS_NOT_FOUND;
+}
+
+} // namespace
+
+int RegistrationAttach()
+{
+    chosen = nullptr;
+    for (const char *place : kPlaces) {
+        if (access(place, F_OK) == 0) {
+            chosen = place;
+            break;
+        }
+    }
+    return 1;
+}
+
+void RegistrationDetach()
+{
+    chosen = nullptr;
+}
+
+uint32_t RegistrationFileKeyRead(const char *path, const char *key, HeapPtr<char> &value)
+{
+    const int descriptor = open(path, O_RDONLY | O_CLOEXEC);
+    if (descriptor < 0)
+        return SM_STATUS_NOT_FOUND;
+    const uint32_t status = KeyOfDescriptor(descriptor, key, value);
+    (void)close(descriptor); // was only read
+    return status;
+}
+
+uint32_t RegistrationKeyRead(const char *key, HeapPtr<char> &value)
+{
+    return chosen != nullptr ? RegistrationFileKeyRead(chosen, key, value) : SM_STATUS_NOT_FOUND;
+}
+
+char *SMRegistrationKeyRead(const char *key, const char *defaultText)
+{
+    HeapPtr<char> value;
+    if (RegistrationKeyRead(key, value) == SM_STATUS_NOT_FOUND)
+        return SMUTF8Strdup(defaultText);
+    return value.release();
+}
+
+} // namespace qzvest
