@@ -7,6 +7,7 @@
 #include <qzvest/delimited.h>
 #include <qzvest/file.h>
 #include <qzvest/hashid.h>
+#include <qzvest/ini.h>
 #include <qzvest/language.h>
 #include <qzvest/list.h>
 #include <qzvest/module.h>
@@ -15,11 +16,13 @@
 #include <qzvest/parameter.h>
 #include <qzvest/print.h>
 #include <qzvest/product.h>
+#include <qzvest/property.h>
 #include <qzvest/redblacktree.h>
 #include <qzvest/rfc1321.h>
 #include <qzvest/sdo.h>
 #include <qzvest/sizedstring.h>
 #include <qzvest/status.h>
+#include <qzvest/stringid.h>
 #include <qzvest/system.h>
 #include <qzvest/transcode.h>
 #include <qzvest/typedvalue.h>
