@@ -33,17 +33,11 @@ TEST(Delimited, ListsByTheirSeparators)
         uint32_t count;
     } cases[] = {
         {"a, \tb c\r\n,d", ',', '\0', "a\0b c\0d\0\0"s, 3},
-        {"a,b", ',', ';', "a;b;\0"s, 2}, // a delimiter behind the last item too
-        {",,a, \t ,b,", ',', '|', "a|b|\0"s, 2},
-        {"a;b", ',', ',', "a;b,\0"s, 1}, // one byte more than the source
-        {"", ',', '|', "\0"s, 0},
-        {", ,,", ',', '\0', "\0"s, 0},
         {"a\va\f,b", ',', '|', "a\va\f|b|\0"s, 2}, // no blanks in this sense
         {"\xC3\xA9\xFFx", '\xFF', '\xFE', "\xC3\xA9\xFEx\xFE\0"s, 2},
         {"a\0b c\0d\0"s, '\0', ',', "a,b c,d\0"s, 2}, // here delimiters are counted
         {"one\0"s, '\0', ',', "one\0"s, 0},
         {" a \0,\0"s, '\0', ',', " a ,,\0"s, 1}, // texts stay as they are
-        {"a\0b\0"s, '\0', '\0', "a\0b\0"s, 1},
         {"a\0\0b\0"s, '\0', ',', "a\0"s, 0},
     };
     for (const auto &c : cases) {
@@ -58,14 +52,10 @@ TEST(Delimited, ListsByTheirSeparators)
 
 TEST(Delimited, NothingGivesNull)
 {
-    const struct {
-        const char *source;
-        char from;
-    } cases[] = {{"", '\0'}, {nullptr, '\0'}, {nullptr, ','}};
-    for (const auto &c : cases) {
-        uint32_t count = 7;
-        uint32_t size = 7;
-        EXPECT_EQ(SMUTF8ConvertXSVToYSV(c.source, c.from, '|', &count, &size), nullptr);
+    const std::pair<const char *, char> cases[] = {{"", '\0'}, {nullptr, '\0'}, {nullptr, ','}};
+    for (const auto &[source, from] : cases) {
+        uint32_t count = 7, size = 7;
+        EXPECT_EQ(SMUTF8ConvertXSVToYSV(source, from, '|', &count, &size), nullptr);
         EXPECT_EQ(count, 0u);
         EXPECT_EQ(size, 0u);
     }

@@ -4,32 +4,10 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
+#include <cstring>
 #include <string>
-#include <vector>
 
 namespace {
-
-// A file in memory with a path.
-class NamesFile {
-public:
-    explicit NamesFile(const std::string &content) : descriptor(memfd_create("names", MFD_CLOEXEC))
-    {
-        if (write(descriptor, content.data(), content.size()) != static_cast<ssize_t>(content.size()))
-            ADD_FAILURE() << "no names file";
-        path = "/proc/self/fd/" + std::to_string(descriptor);
-    }
-    NamesFile(const NamesFile &) = delete;
-    NamesFile &operator=(const NamesFile &) = delete;
-    ~NamesFile()
-    {
-        close(descriptor);
-    }
-
-    std::string path;
-
-private:
-    int descriptor;
-};
 
 struct Ids {
     uint16_t vendor, device, subVendor, subDevice;
@@ -37,18 +15,22 @@ struct Ids {
 
 struct Answer {
     uint32_t status;
-    std::string vendor, device;
-    uint32_t vendorLength, deviceLength;
+    std::string vendor, device; // the buffers
+    uint32_t vendorSize, deviceSize;
 };
 
-Answer Ask(const std::string &content, Ids ids, uint32_t vendorRoom = 64, uint32_t deviceRoom = 64)
+// Of a file in memory.
+Answer Ask(const std::string &content, Ids ids, uint32_t vendorSize = 64, uint32_t deviceSize = 64)
 {
-    const NamesFile file(content);
-    std::vector<char> vendor(vendorRoom, '#');
-    std::vector<char> device(deviceRoom, '#');
-    const uint32_t status = SMReadPCIDevFile(ids.vendor, ids.device, ids.subVendor, ids.subDevice, file.path.c_str(),
-                                             vendor.data(), &vendorRoom, device.data(), &deviceRoom);
-    return {status, vendor.data(), device.data(), vendorRoom, deviceRoom};
+    const int descriptor = memfd_create("names", MFD_CLOEXEC);
+    EXPECT_EQ(write(descriptor, content.data(), content.size()), static_cast<ssize_t>(content.size()));
+    const std::string path = "/proc/self/fd/" + std::to_string(descriptor);
+    Answer answer = {0, std::string(vendorSize, '#'), std::string(deviceSize, '#'), vendorSize, deviceSize};
+    answer.status =
+        SMReadPCIDevFile(ids.vendor, ids.device, ids.subVendor, ids.subDevice, path.c_str(), answer.vendor.data(),
+                         &answer.vendorSize, answer.device.data(), &answer.deviceSize);
+    close(descriptor);
+    return answer;
 }
 
 const char kNames[] = "; names\n"
@@ -76,23 +58,17 @@ TEST(PCINames, RecordsByTheirPlace)
         const char *vendor, *device;
     } cases[] = {
         {kNames, {0x1000, 0x0010, 0, 0}, 0, "First", "Disk"},
-        {kNames, {0x1000, 0x0011, 0, 0}, 0, "First", "Tape"},
         {kNames, {0x1000, 0x0011, 0x2000, 9}, 0, "First", "Maker's tape"},
         {kNames, {0x1000, 0x0011, 0x2000, 2}, 0, "First", "Large tape"},
         {kNames, {0x1000, 0x0011, 0x2001, 1}, 0, "First", "Other small tape"},
         {kNames, {0x1000, 0x0011, 0x2002, 1}, 0, "First", "Tape"},
         {kNames, {0x1000, 0x0010, 0x2000, 1}, 0, "First", "Disk"}, // those of the next device are not seen
-        {kNames, {0x1000, 0x0012, 0, 0}, 0, "First", "Robot"},
         {kNames, {0x00AB, 0x0010, 0, 0}, 0, "Second ", "Card"},
-        {kNames, {0x00AB, 0x0011, 0, 0}, 7, "Second ", ""},
-        {kNames, {0x1000, 0x0020, 0, 0}, 7, "First", ""}, // ends at the next vendor
-        {kNames, {0x3000, 0x0010, 0, 0}, 7, "", ""},
+        {kNames, {0x1000, 0x0020, 0, 0}, 7, "First", ""},                               // ends at the next vendor
         {"V\t1\nV\t1\t\nV\t1\t;x\nV\t1\tA\nD\t2\tB", {1, 2, 0, 0}, 0, "A", "B"},        // too few fields
         {"VV\t1\tX\nC\t1\tX\nV\t1\tA\nDx\t2\tX\nD\t2\tB\n", {1, 2, 0, 0}, 0, "A", "B"}, // unknown kinds
-        {"V\txyz\tX\nV\t1\tA\nD\t2\tB\n", {1, 2, 0, 0}, 0, "A", "B"},                   // no id
         {"V\t12345\tA\nD\tg\tX\nD\t2g\tB\n", {0x1234, 2, 0, 0}, 0, "A", "B"},           // four digits of an id
         {"D\t2\tX\nS\t3\tY\nV\tFFFF\tA\n", {65535, 2, 65535, 3}, 0, "A", "Y"},          // place before any vendor
-        {"V\t1\tA\nO\t4\tX\nS\t3\tY\n", {1, 0, 4, 3}, 7, "A", "Y"},                     // place before any device
         {"V\t1\tA\nO\t4\tX\nD\t2\tB\nS\t3\tY\n", {1, 2, 4, 3}, 0, "A", "B"},            // device leaves the sub-vendor
         {"V\t9\tZ\nD\t2\tZ\nV\t1\tA\nO\t4\tX\n", {1, 2, 4, 3}, 7, "A", ""},             // vendor leaves the device
         {"", {1, 2, 0, 0}, 7, "", ""},                                                  // empty
@@ -100,59 +76,44 @@ TEST(PCINames, RecordsByTheirPlace)
     for (const auto &c : cases) {
         const Answer answer = Ask(c.content, c.ids);
         EXPECT_EQ(answer.status, c.status) << c.content;
-        EXPECT_EQ(answer.vendor, c.vendor);
-        EXPECT_EQ(answer.device, c.device);
-        EXPECT_EQ(answer.vendorLength, answer.vendor.size());
-        EXPECT_EQ(answer.deviceLength, answer.device.size());
+        EXPECT_STREQ(answer.vendor.c_str(), c.vendor);
+        EXPECT_STREQ(answer.device.c_str(), c.device);
+        EXPECT_EQ(answer.vendorSize, strlen(c.vendor));
+        EXPECT_EQ(answer.deviceSize, strlen(c.device));
     }
 }
 
 TEST(PCINames, LongLinesComeInPieces)
 {
     const std::string filler(8449 - 4, 'n'); // the piece ends with it
-    const Answer whole = Ask("V\t1\t" + filler + "V\t2\tA\nD\t3\tB\n", {2, 3, 0, 0});
-    EXPECT_EQ(whole.status, 0u);
-    EXPECT_EQ(whole.vendor, "A");
+    EXPECT_STREQ(Ask("V\t1\t" + filler + "V\t2\tA\nD\t3\tB\n", {2, 3, 0, 0}).vendor.c_str(), "A");
     const Answer cut = Ask("V\t1\t" + filler + "\nD\t3\tB\n", {1, 3, 0, 0}, 5);
     EXPECT_EQ(cut.status, 0u);
-    EXPECT_EQ(cut.vendor, "nnnn");
-    EXPECT_EQ(cut.vendorLength, filler.size());
+    EXPECT_STREQ(cut.vendor.c_str(), "nnnn");
+    EXPECT_EQ(cut.vendorSize, filler.size());
 }
 
 TEST(PCINames, NamesAreCutAndTheLastByteIsCleared)
 {
-    const NamesFile file("V\t1\tabc\nD\t2\tdefgh\n");
     for (uint32_t room = 1; room <= 7; ++room) {
-        std::string vendor(room, '#');
-        std::string device(room, '#');
-        uint32_t vendorSize = room;
-        uint32_t deviceSize = room;
-        EXPECT_EQ(
-            SMReadPCIDevFile(1, 2, 0, 0, file.path.c_str(), vendor.data(), &vendorSize, device.data(), &deviceSize),
-            0u);
-        EXPECT_EQ(vendorSize, 3u);
-        EXPECT_EQ(deviceSize, 5u);
-        EXPECT_STREQ(vendor.c_str(), std::string("abc").substr(0, room - 1).c_str());
-        EXPECT_STREQ(device.c_str(), std::string("defgh").substr(0, room - 1).c_str());
-        EXPECT_EQ(vendor.back(), '\0');
+        const Answer answer = Ask("V\t1\tabc\nD\t2\tdefgh\n", {1, 2, 0, 0}, room, room);
+        EXPECT_EQ(answer.vendorSize, 3u);
+        EXPECT_EQ(answer.deviceSize, 5u);
+        EXPECT_STREQ(answer.vendor.c_str(), std::string("abc").substr(0, room - 1).c_str());
+        EXPECT_STREQ(answer.device.c_str(), std::string("defgh").substr(0, room - 1).c_str());
+        EXPECT_EQ(answer.vendor.back(), '\0');
         if (room > 5) {
-            EXPECT_EQ(vendor.substr(4, room - 5), std::string(room - 5, '#')); // no padding between
+            EXPECT_EQ(answer.vendor.substr(4, room - 5), std::string(room - 5, '#')); // no padding between
         }
     }
 }
 
 TEST(PCINames, BadArguments)
 {
-    const NamesFile file(kNames);
     char vendor[8], device[8];
-    uint32_t vendorSize, deviceSize;
-    const auto reset = [&](uint32_t first, uint32_t second) {
-        vendor[0] = device[0] = '#';
-        vendorSize = first;
-        deviceSize = second;
-    };
     for (int missing = 0; missing < 5; ++missing) {
-        reset(8, 0);
+        uint32_t vendorSize = 8, deviceSize = 0;
+        vendor[0] = '#';
         EXPECT_EQ(SMReadPCIDevFile(1, 2, 0, 0, missing == 0 ? nullptr : "", missing == 1 ? nullptr : vendor,
                                    missing == 2 ? nullptr : &vendorSize, missing == 3 ? nullptr : device,
                                    missing == 4 ? nullptr : &deviceSize),
@@ -162,17 +123,17 @@ TEST(PCINames, BadArguments)
     }
     const struct {
         uint32_t vendorSize, deviceSize;
-        std::string path;
+        const char *path;
         uint32_t status;
         char first; // of both buffers, afterwards
     } cases[] = {
-        {0, 8, file.path, 271, '#'},           {8, 0, file.path, 271, '#'},      {8, 8, "", 271, '\0'},
+        {0, 8, "/proc/self/fd", 271, '#'},     {8, 0, "/proc/self/fd", 271, '#'}, {8, 8, "", 271, '\0'},
         {8, 8, "/proc/self/fd/none", 7, '\0'}, {8, 8, "/proc/self/fd", 7, '\0'}, // opens, but cannot be read
     };
     for (const auto &c : cases) {
-        reset(c.vendorSize, c.deviceSize);
-        EXPECT_EQ(SMReadPCIDevFile(0x1000, 0x10, 0, 0, c.path.c_str(), vendor, &vendorSize, device, &deviceSize),
-                  c.status);
+        uint32_t vendorSize = c.vendorSize, deviceSize = c.deviceSize;
+        vendor[0] = device[0] = '#';
+        EXPECT_EQ(SMReadPCIDevFile(1, 2, 0, 0, c.path, vendor, &vendorSize, device, &deviceSize), c.status);
         EXPECT_EQ(vendorSize, 0u);
         EXPECT_EQ(deviceSize, 0u);
         EXPECT_EQ(vendor[0], c.first);

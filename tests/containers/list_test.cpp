@@ -35,35 +35,21 @@ namespace {
 
 struct Single {
     FAMILY_CALLS(SL)
-    static void Delete(List *list, Entry *previous, Entry *entry)
-    {
-        SMSLListDeleteEntry(list, previous, entry);
-    }
+    static constexpr auto Delete = SMSLListDeleteEntry;
     // There is no way back.
-    static Entry *WalkAtTail(const List *, void *, SMSLListCompareCallback, Entry *expected)
-    {
-        return expected;
-    }
-    static bool LeadsBackTo(const Entry *, const Entry *)
-    {
-        return true;
-    }
+    static constexpr auto WalkAtTail = [](const List *, void *, auto, Entry *expected) { return expected; };
+    static constexpr auto LeadsBackTo = [](const Entry *, const Entry *) { return true; };
 };
 
 struct Double {
     FAMILY_CALLS(DL)
-    static void Delete(List *list, Entry *, Entry *entry)
-    {
-        SMDLListDeleteEntry(list, entry);
-    }
-    static Entry *WalkAtTail(const List *list, void *key, SMDLListCompareCallback compare, Entry *)
-    {
+    static constexpr auto Delete = [](List *list, Entry *, Entry *entry) { SMDLListDeleteEntry(list, entry); };
+    static constexpr auto WalkAtTail = [](const List *list, void *key, auto compare, Entry *) {
         return SMDLListWalkAtTail(list, key, compare);
-    }
-    static bool LeadsBackTo(const Entry *entry, const Entry *previous)
-    {
+    };
+    static constexpr auto LeadsBackTo = [](const Entry *entry, const Entry *previous) {
         return entry->prev == previous;
-    }
+    };
 };
 
 template <typename Family>
@@ -93,11 +79,6 @@ protected:
         return entry;
     }
 
-    static typename Model::iterator Find(Model &model, int key)
-    {
-        return std::find_if(model.begin(), model.end(), [=](Entry *entry) { return KeyOf(entry) == key; });
-    }
-
     // Empty when the list is the model's, link by link.
     static std::string Difference(const List &list, const Model &model)
     {
@@ -117,30 +98,29 @@ protected:
     // One random operation on both. Empty when they agree.
     std::string Step()
     {
-        int key = Random(kKeys);
-        const auto found = Find(model, key);
+        int key = static_cast<int>(random() % kKeys);
+        const auto is = [=](Entry *entry) { return KeyOf(entry) == key; };
+        const auto found = std::find_if(model.begin(), model.end(), is);
         Entry *match = found == model.end() ? nullptr : *found;
-        switch (Random(9)) {
+        switch (random() % 9) {
         case 0:
-            model.push_front(NewEntry(key));
-            Family::InsertAtHead(&list, model.front());
+            Family::InsertAtHead(&list, model.emplace_front(NewEntry(key)));
             return "";
         case 1:
-            model.push_back(NewEntry(key));
-            Family::InsertAtTail(&list, model.back());
+            Family::InsertAtTail(&list, model.emplace_back(NewEntry(key)));
             return "";
         case 2:
         case 3:
             return InsertOrdered(key);
         case 4: {
-            const auto last = std::find_if(model.rbegin(), model.rend(), [=](Entry *e) { return KeyOf(e) == key; });
+            const auto last = std::find_if(model.rbegin(), model.rend(), is);
             Entry *lastMatch = last == model.rend() ? nullptr : *last;
             return Family::WalkAtHead(&list, &key, Compare) != match                  ? "walk"
                    : Family::WalkAtTail(&list, &key, Compare, lastMatch) != lastMatch ? "walk back"
                                                                                       : "";
         }
         case 5: {
-            Entry *entry = NewEntry(Random(kKeys));
+            Entry *entry = NewEntry(static_cast<int>(random() % kKeys));
             Entry *old = Family::Replace(&list, entry, &key, Compare);
             if (match != nullptr)
                 *found = entry;
@@ -166,9 +146,7 @@ protected:
 
     std::string InsertOrdered(int key)
     {
-        auto place = model.begin();
-        while (place != model.end() && KeyOf(*place) < key)
-            ++place;
+        const auto place = std::find_if(model.begin(), model.end(), [=](Entry *entry) { return KeyOf(entry) >= key; });
         const bool taken = place != model.end() && KeyOf(*place) == key;
         Entry *entry = NewEntry(key);
         const uint32_t status = Family::Insert(&list, entry, &key, Compare);
@@ -188,11 +166,6 @@ protected:
         model.erase(place);
         Family::EntryFree(entry);
         return "";
-    }
-
-    int Random(int below)
-    {
-        return static_cast<int>(random() % static_cast<unsigned>(below));
     }
 
     List list = {};
@@ -228,11 +201,8 @@ TYPED_TEST(Lists, RecordsFromTheHeap)
     EXPECT_EQ(entry->next, nullptr);
     EXPECT_TRUE(TypeParam::LeadsBackTo(entry, nullptr));
     EXPECT_EQ(LiveBlocks(), blocks + 3);
-    FailAllocation(1);
-    EXPECT_EQ(TypeParam::Alloc(), nullptr);
-    FailAllocation(1);
-    EXPECT_EQ(TypeParam::EntryAlloc(8), nullptr);
-    EXPECT_TRUE(StopFault());
+    EXPECT_EQ(Failing(1, TypeParam::Alloc), nullptr);
+    EXPECT_EQ(Failing(1, [&] { return TypeParam::EntryAlloc(8); }), nullptr);
 
     TypeParam::InsertAtHead(made, entry);
     TypeParam::Free(made); // and not the entry
@@ -264,8 +234,7 @@ TYPED_TEST(Lists, RecordsOfTheCaller)
 TYPED_TEST(Lists, NullPointers)
 {
     typename TypeParam::List *const none = nullptr;
-    int key = 1;
-    int missing = 2;
+    int key = 1, missing = 2;
     auto *entry = this->NewEntry(key);
     EXPECT_EQ(TypeParam::Insert(none, entry, &key, this->Compare), SM_STATUS_INVALID_PARAMETER);
     EXPECT_EQ(TypeParam::Insert(&this->list, nullptr, &key, this->Compare), SM_STATUS_INVALID_PARAMETER);
@@ -273,19 +242,20 @@ TYPED_TEST(Lists, NullPointers)
     EXPECT_EQ(TypeParam::Insert(&this->list, entry, &key, nullptr), SM_STATUS_INVALID_PARAMETER);
     TypeParam::InsertAtHead(none, entry);
     TypeParam::InsertAtTail(none, entry);
+    TypeParam::Delete(none, nullptr, entry);
+    TypeParam::InsertAtHead(&this->list, entry);
     TypeParam::InsertAtHead(&this->list, nullptr);
     TypeParam::InsertAtTail(&this->list, nullptr);
     TypeParam::Delete(&this->list, nullptr, nullptr);
-    TypeParam::Delete(none, nullptr, entry);
-    EXPECT_EQ(this->Difference(this->list, {}), "");
-
-    TypeParam::InsertAtHead(&this->list, entry);
-    EXPECT_EQ(TypeParam::WalkAtHead(none, &key, this->Compare), nullptr);
-    EXPECT_EQ(TypeParam::WalkAtHead(&this->list, nullptr, this->Compare), nullptr);
-    EXPECT_EQ(TypeParam::WalkAtHead(&this->list, &key, nullptr), nullptr);
-    EXPECT_EQ(TypeParam::WalkAtTail(none, &key, this->Compare, nullptr), nullptr);
-    EXPECT_EQ(TypeParam::WalkAtTail(&this->list, nullptr, this->Compare, nullptr), nullptr);
-    EXPECT_EQ(TypeParam::WalkAtTail(&this->list, &key, nullptr, nullptr), nullptr);
+    for (const bool atTail : {false, true}) {
+        const auto walk = [&](auto *from, void *wanted, auto compare) {
+            return atTail ? TypeParam::WalkAtTail(from, wanted, compare, nullptr)
+                          : TypeParam::WalkAtHead(from, wanted, compare);
+        };
+        EXPECT_EQ(walk(none, &key, this->Compare), nullptr);
+        EXPECT_EQ(walk(&this->list, nullptr, this->Compare), nullptr);
+        EXPECT_EQ(walk(&this->list, &key, decltype(&this->Compare){}), nullptr);
+    }
     EXPECT_EQ(TypeParam::Replace(none, entry, &key, this->Compare), nullptr);
     EXPECT_EQ(TypeParam::Replace(&this->list, nullptr, &missing, this->Compare), nullptr);
     EXPECT_EQ(TypeParam::RemoveAtHead(none), nullptr);

@@ -59,45 +59,32 @@ struct Rules {
         if (node == nullptr)
             return 1;
         const int left = BlackHeight(node->left, node);
-        if (KeyOf(node->data) <= last)
-            broken += " order";
+        const bool isRed = node->color == SM_RBT_RED;
+        broken += KeyOf(node->data) <= last ? " order" : "";
         last = KeyOf(node->data);
-        if (node->parent != parent)
-            broken += " parent";
-        if (node->color > SM_RBT_RED || (parent == nullptr && node->color != SM_RBT_BLACK))
-            broken += " color";
-        if (node->color == SM_RBT_RED && parent != nullptr && parent->color == SM_RBT_RED)
-            broken += " red-red";
-        if (left != BlackHeight(node->right, node))
-            broken += " height";
+        broken += node->parent != parent ? " parent" : "";
+        broken += node->color > SM_RBT_RED || (isRed && parent == nullptr) ? " color" : "";
+        broken += isRed && parent != nullptr && parent->color == SM_RBT_RED ? " red-red" : "";
+        broken += left != BlackHeight(node->right, node) ? " height" : "";
         return left + (node->color == SM_RBT_BLACK);
     }
 };
 
-// What the calls that follow the shape should do, written as they are described.
-void SearchModel(const Node *node, Visits &visits)
-{
-    while (node != nullptr) {
-        const int32_t side = Visit(&visits, node->data);
-        node = side == 0 ? nullptr : side < 0 ? node->left : node->right;
-    }
-}
-
-bool SteeredModel(const Node *node, Visits &visits)
+// What the calls that follow the shape should do, written as they are described: a steered walk turns back.
+bool ShapeModel(const Node *node, bool isSteered, Visits &visits)
 {
     if (node == nullptr)
         return false;
     const int32_t side = Visit(&visits, node->data);
-    return side == 0 || SteeredModel(side < 0 ? node->left : node->right, visits) ||
-           SteeredModel(side < 0 ? node->right : node->left, visits);
+    return side == 0 || ShapeModel(side < 0 ? node->left : node->right, isSteered, visits) ||
+           (isSteered && ShapeModel(side < 0 ? node->right : node->left, true, visits));
 }
 
 void ReleaseModel(const Node *node, Keys *order)
 {
-    if (node == nullptr)
-        return;
-    ReleaseModel(node->right, order);
-    ReleaseModel(node->left, order);
+    for (const Node *child : {node->right, node->left})
+        if (child != nullptr)
+            ReleaseModel(child, order);
     order->push_back(KeyOf(node->data));
 }
 
@@ -169,12 +156,11 @@ protected:
             CheckWalk(type, answer, Keys(sorted.begin(), stop == sorted.end() ? stop : stop + 1));
             std::reverse(sorted.begin(), sorted.end());
         }
-        Visits search{answer};
-        SearchModel(tree, search);
-        CheckWalk(SM_RBT_WALK_SEARCH, answer, search.seen);
-        Visits steered{answer};
-        SteeredModel(tree, steered);
-        CheckWalk(SM_RBT_WALK_STEERED, answer, steered.seen);
+        for (const int32_t type : {SM_RBT_WALK_SEARCH, SM_RBT_WALK_STEERED}) {
+            Visits visits{answer};
+            ShapeModel(tree, type == SM_RBT_WALK_STEERED, visits);
+            CheckWalk(type, answer, visits.seen);
+        }
     }
 
     const long blocksBefore = LiveBlocks();
@@ -228,17 +214,11 @@ TEST_F(RedBlackTree, EmptyingReleasesRightThenLeftThenSelf)
         ReleaseModel(*slot, &expected);
         SMRedBlackTreeDelete(slot, &released, NoteRelease);
         EXPECT_EQ(released, expected);
-        if (slot != &tree) {
-            EXPECT_EQ(root->left, nullptr);
-            EXPECT_EQ(tree, root);
-            EXPECT_NE(root->right, nullptr);
-        }
+        EXPECT_TRUE(slot == &tree || (root->left == nullptr && tree == root && root->right != nullptr));
     }
-    EXPECT_EQ(tree, nullptr);
-    EXPECT_EQ(LiveBlocks(), blocksBefore);
 }
 
-TEST_F(RedBlackTree, RefusesNullArguments)
+TEST_F(RedBlackTree, RefusesNullArgumentsAndLackOfMemory)
 {
     Insert(1);
     int key = 1;
@@ -254,21 +234,11 @@ TEST_F(RedBlackTree, RefusesNullArguments)
         EXPECT_EQ(SMRedBlackTreeDataDelete(slot, unless(2, &key), unless(3, Compare)), SM_STATUS_INVALID_PARAMETER);
         EXPECT_EQ(SMRedBlackTreeDataWalk(unless(0, tree), unless(2, &visits), unless(3, Visit), 1), nullptr);
     }
+    EXPECT_EQ(Failing(1, [&] { return SMRedBlackTreeDataInsert(&tree, &key, &(key = 2), Compare); }),
+              SM_STATUS_NO_MEMORY);
     SMRedBlackTreeAttach(nullptr);
     SMRedBlackTreeDetach(nullptr);
     SMRedBlackTreeDelete(nullptr, nullptr, nullptr);
-    Check();
-}
-
-TEST_F(RedBlackTree, InsertWithoutMemoryChangesNothing)
-{
-    for (int key = 0; key < 20; ++key)
-        Insert(key);
-    int key = 30;
-    FailAllocation(1);
-    const uint32_t status = SMRedBlackTreeDataInsert(&tree, &key, &key, Compare);
-    EXPECT_TRUE(StopFault());
-    EXPECT_EQ(status, SM_STATUS_NO_MEMORY);
     Check();
 }
 

@@ -5,7 +5,6 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
-#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <random>
@@ -29,7 +28,6 @@ public:
         memcpy(bytes_, content.data(), content.size());
     }
     Guarded(const Guarded &) = delete;
-    Guarded &operator=(const Guarded &) = delete;
     ~Guarded()
     {
         munmap(base_, mapped_);

@@ -10,31 +10,16 @@
 
 namespace {
 
-bool KeepsAmpersand(const std::string &rest)
-{
-    for (const char *name : {"amp;", "quot;", "apos;", "lt;", "gt;"}) {
-        if (rest.compare(1, strlen(name), name) == 0)
-            return true;
-    }
-    return false;
-}
-
 std::string Model(const std::string &text)
 {
+    const std::string references[] = {"&amp;", "&quot;", "&apos;", "&lt;", "&gt;"};
+    const std::string specials = "&\"'<>";
     std::string result;
     for (size_t i = 0; i < text.size(); ++i) {
-        if (text[i] == '"')
-            result += "&quot;";
-        else if (text[i] == '\'')
-            result += "&apos;";
-        else if (text[i] == '<')
-            result += "&lt;";
-        else if (text[i] == '>')
-            result += "&gt;";
-        else if (text[i] == '&' && !KeepsAmpersand(text.substr(i, 6)))
-            result += "&amp;";
-        else
-            result += text[i];
+        bool isKept = specials.find(text[i]) == std::string::npos;
+        for (const std::string &reference : references)
+            isKept |= text.compare(i, reference.size(), reference) == 0;
+        result += isKept ? text.substr(i, 1) : references[specials.find(text[i])];
     }
     return result;
 }

@@ -17,11 +17,6 @@ void Require(bool holds)
         __builtin_trap();
 }
 
-std::vector<char> Terminated(const std::string &text)
-{
-    return {text.c_str(), text.c_str() + text.size() + 1};
-}
-
 uint32_t FromText(std::vector<char> text, void *value, uint32_t *size, uint32_t word) // a copy: it may be altered
 {
     return qzvest::SMXLTUTF8ToTypeValue(text.data(), value, size, word);
@@ -32,19 +27,9 @@ uint32_t FromText(std::vector<char> text, void *value, uint32_t *size, uint32_t 
 // written in decimal always but not always read so.
 bool ReadsBack(uint32_t word, uint32_t valueSize)
 {
-    switch (word & 0xFF) {
-    case 9:
-    case 10:
-    case 13:
-    case 14:
-        return false;
-    case 8:
-        return word == 8;
-    case 16:
-        return valueSize <= 63;
-    default:
-        return true;
-    }
+    const uint32_t type = word & 0xFF;
+    const bool isLost = type == 9 || type == 10 || type == 13 || type == 14;
+    return !isLost && (type != 8 || word == 8) && (type != 16 || valueSize <= 63);
 }
 
 void ToText(const std::vector<char> &value, uint32_t word)
@@ -77,7 +62,8 @@ void ToText(const std::vector<char> &value, uint32_t word)
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
-    const std::vector<char> text = Terminated(std::string(reinterpret_cast<const char *>(data), size).c_str());
+    const std::string given(reinterpret_cast<const char *>(data), size);
+    const std::vector<char> text(given.c_str(), given.c_str() + std::strlen(given.c_str()) + 1);
     for (uint32_t type = 0; type <= 17; ++type) {
         for (uint32_t format = 0; format <= 0x0500; format += 0x0100) {
             const uint32_t word = type | format;

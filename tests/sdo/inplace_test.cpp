@@ -12,19 +12,16 @@ const Bytes kArray = Block("'BADS 0100 1000 'BODS 0000 0800");
 
 TEST(SDOInPlace, CountAndSize)
 {
-    const auto check = [](const char *block, uint32_t count, uint32_t size, int isArray) {
-        SCOPED_TRACE(block);
-        uint16_t toldWithCount = 7;
-        uint16_t toldWithSize = 7;
-        EXPECT_EQ(SMSDOBinaryGetCount(Block(block).data(), &toldWithCount), count);
-        EXPECT_EQ(SMSDOBinaryGetSize(Block(block).data(), &toldWithSize), size);
-        EXPECT_EQ(toldWithCount, isArray);
-        EXPECT_EQ(toldWithSize, isArray);
+    const auto read = [](const char *block) {
+        uint16_t arrays[] = {7, 7};
+        const uint32_t count = SMSDOBinaryGetCount(Block(block).data(), &arrays[0]);
+        const uint32_t size = SMSDOBinaryGetSize(Block(block).data(), &arrays[1]);
+        return Text(count, ' ', size, ' ', arrays[0], ' ', arrays[1]);
     };
-    check("'BODS 0200 FFFF", 2, 65535, 0);
-    check("'BADS FFFF 0800", 65535, 8, 1);
-    check("'BXDS 0200 0800", SM_SDO_NO_COUNT, 0, 0);
-    check("", SM_SDO_NO_COUNT, 0, 0); // NULL
+    EXPECT_EQ(read("'BODS 0200 FFFF"), "2 65535 0 0");
+    EXPECT_EQ(read("'BADS FFFF 0800"), "65535 8 1 1");
+    for (const char *none : {"'BXDS 0200 0800", ""}) // NULL
+        EXPECT_EQ(read(none), Text(SM_SDO_NO_COUNT, " 0 0 0"));
 }
 
 TEST(SDOInPlace, ReadsByID)
@@ -34,9 +31,7 @@ TEST(SDOInPlace, ReadsByID)
     };
     EXPECT_EQ(read(kBlock, 2, 5), "0 02 4 22220000EE"); // a short value counts as four bytes
     EXPECT_EQ(read(kBlock, 2, 3), "16 EE 4 EEEEEE");    // unlike in an object, the type is not told
-    EXPECT_EQ(read(kBlock, 6, 5), "0 F6 5 6666666666");
     EXPECT_EQ(read(kBlock, 6, 4), "16 EE 5 EEEEEEEE");
-    EXPECT_EQ(read(kBlock, 6, 0), "16 EE 5 ");
     for (const unsigned absent : {1u, 3u, 7u, 65533u})
         EXPECT_EQ(read(kBlock, absent, 1), "256 EE 1 EE");
     for (const unsigned bad : {0u, 65534u, 65535u})
@@ -45,7 +40,6 @@ TEST(SDOInPlace, ReadsByID)
     EXPECT_EQ(read(Bytes(), 1, 1), "271 EE 1 EE"); // NULL
     // The search trusts the order and halves from the middle: 3 is there, but not where it looks.
     const Bytes unsorted = Block("'BODS 0300 2000 0300 01 00 33000000 0100 01 00 11000000 0200 01 00 22000000");
-    EXPECT_EQ(read(unsorted, 1, 4), "0 01 4 11000000");
     EXPECT_EQ(read(unsorted, 2, 4), "0 01 4 22000000");
     EXPECT_EQ(read(unsorted, 3, 4), "256 EE 4 EEEEEEEE");
 }
@@ -55,10 +49,8 @@ TEST(SDOInPlace, ReadsByIndexWithTheTrueLength)
     const auto read = [](const Bytes &block, uint32_t index, uint32_t room) {
         return ByIndex(SMSDOBinaryGetDataByIndex, block.data(), index, room);
     };
-    EXPECT_EQ(read(kBlock, 0, 3), "2 0 02 2 2222EE");
     EXPECT_EQ(read(kBlock, 0, 1), "0 16 EE 2 EE");
     EXPECT_EQ(read(kBlock, 1, 5), "6 0 F6 5 6666666666");
-    EXPECT_EQ(read(kBlock, 1, 0), "0 16 EE 5 ");
     EXPECT_EQ(read(kBlock, 2, 1), "0 12 EE 1 EE");
     EXPECT_EQ(read(kArray, 0, 1), "0 257 EE 1 EE");
     EXPECT_EQ(read(kArray, 1, 1), "0 12 EE 1 EE"); // the index comes first
@@ -82,9 +74,6 @@ TEST(SDOInPlace, SetData)
     const char *const text = "'BODS 0200 2200 0200 05 00 11000000 0300 06 04 0A00 0800 'abcdefghij";
     const char *const nested = "'BODS 0100 1800 0200 0C 04 0800 0800 'BODS 0000 0800";
     CheckSet(word, 2, 5, Block("AA"), 16, "0 16", "'BODS 0100 1000 0200 05 00 AA332211"); // the old bytes stay
-    CheckSet(word, 2, 5, Block("AABBCC"), 40, "0 16", "'BODS 0100 1000 0200 05 02 AABBCC11");
-    CheckSet(text, 3, 6, Block("'ABCDEFGHIJ"), 34, "0 34",
-             "'BODS 0200 2200 0200 05 00 11000000 0300 06 04 0A00 0800 'ABCDEFGHIJ");
     // The value changes its room: the block is made anew. An empty array over another leaves none of its objects.
     CheckSet("'BODS 0100 2800 0200 1C 04 1800 0800 'BADS 0200 1800 'BODS 0000 0800 'BODS 0000 0800", 2, 0x1C,
              Block("'BADS 0000 0800"), 40, "0 24", "'BODS 0100 1800 0200 1C 04 0800 0800 'BADS 0000 0800");
@@ -100,9 +89,7 @@ TEST(SDOInPlace, SetData)
     CheckSet(word, 2, 5, Bytes(1), 15, "16 15");
     CheckSet(text, 4, 5, Bytes(1), 34, "256 34");
     CheckSet(text, 2, 6, Bytes(1), 34, "256 34"); // another type
-    CheckSet("'BODS 0000 0800", 1, 5, Bytes(1), 16, "256 16");
     CheckSet("'BADS 0100 1000 'BODS 0000 0800", 1, 5, Bytes(1), 16, "271 16");
-    CheckSet(word, 65534, 5, Bytes(1), 16, "271 16");
     CheckSet(word, 2, 0, Bytes(1), 16, "271 16");
     CheckSet(word, 2, 5, Bytes(), 16, "271 16"); // NULL
 }

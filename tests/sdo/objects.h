@@ -50,13 +50,7 @@ inline Bytes Block(const std::string &text)
     return Bytes(bytes.begin(), bytes.end());
 }
 
-struct ObjectRelease {
-    void operator()(SMSDOConfig *config) const
-    {
-        SMSDOConfigFree(config);
-    }
-};
-
+using ObjectRelease = std::integral_constant<decltype(&SMSDOConfigFree), SMSDOConfigFree>;
 using Object = std::unique_ptr<SMSDOConfig, ObjectRelease>;
 
 inline uint32_t Add(const Object &object, uint16_t id, uint8_t type, const Bytes &value, int16_t replace = 0)

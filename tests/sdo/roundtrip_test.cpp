@@ -17,17 +17,15 @@ int Draw(int below)
     return static_cast<int>(source() % static_cast<unsigned>(below));
 }
 
-struct Model;
-
-struct ModelEntry {
-    uint8_t type;              // as in the block
-    Bytes value;               // when it is not nested
-    std::vector<Model> nested; // one, or the elements of an array
-};
-
 struct Model {
-    std::map<uint16_t, ModelEntry> entries;
+    struct Entry {
+        uint8_t type;              // as in the block
+        Bytes value;               // when it is not nested
+        std::vector<Model> nested; // one, or the elements of an array
+    };
+    std::map<uint16_t, Entry> entries;
 };
+using ModelEntry = Model::Entry;
 
 void Append(Bytes &to, const Bytes &more)
 {
@@ -125,21 +123,18 @@ uint32_t AddEntry(const Object &object, uint16_t id, const ModelEntry &entry, in
 Object BuildObject(const Model &model)
 {
     Object object = Make();
-    std::vector<uint16_t> ids;
-    for (const auto &[id, entry] : model.entries)
-        ids.push_back(id);
-    std::shuffle(ids.begin(), ids.end(), source);
-    for (const uint16_t id : ids)
-        EXPECT_EQ(AddEntry(object, id, model.entries.at(id), 0), SM_STATUS_OK);
+    std::vector<std::pair<uint16_t, ModelEntry>> entries(model.entries.begin(), model.entries.end());
+    std::shuffle(entries.begin(), entries.end(), source);
+    for (const auto &[id, entry] : entries)
+        EXPECT_EQ(AddEntry(object, id, entry, 0), SM_STATUS_OK);
     return object;
 }
 
 // The block is read at an odd address, in memory that ends with it.
 void CheckReads(const Bytes &block, const Model &model)
 {
-    Bytes memory(1);
-    Append(memory, block);
-    memory = Bytes(memory.begin(), memory.end());
+    Bytes memory(block.size() + 1);
+    std::copy(block.begin(), block.end(), memory.begin() + 1);
     const uint8_t *odd = memory.data() + 1;
     EXPECT_EQ(SMSDOBinaryGetCount(odd, nullptr), model.entries.size());
     EXPECT_EQ(SMSDOBinaryGetSize(odd, nullptr), block.size());

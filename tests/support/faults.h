@@ -3,13 +3,22 @@
 #ifndef TESTS_SUPPORT_FAULTS_H
 #define TESTS_SUPPORT_FAULTS_H
 
-#include <cstddef>
+#include <gtest/gtest.h>
 
 // The nth allocation from now fails, n from 1; it alone.
 void FailAllocation(int nth);
 
 // Ends it. True if an allocation has failed.
 bool StopFault();
+
+// What a call gives whose nth allocation fails; a test that gets by without it fails.
+auto Failing(int nth, auto call)
+{
+    FailAllocation(nth);
+    const auto result = call();
+    EXPECT_TRUE(StopFault());
+    return result;
+}
 
 // Blocks allocated and not freed.
 long LiveBlocks();

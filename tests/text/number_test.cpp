@@ -1,4 +1,5 @@
-// Numbers and times as text, and the bounded calls they are made with.
+// Numbers, times and language names as text, and the bounded calls they are made with.
+
 #include <gtest/gtest.h>
 
 #include <cerrno>
@@ -9,92 +10,70 @@
 #include "compat/print.h"
 #include "compat/string.h"
 #include "support/faults.h"
+#include "text/language.h"
 #include "text/number.h"
+#include "text/units.h"
 #include "text/utf8.h"
 
 namespace {
 
-using Text16 = std::u16string;
-
-const uint16_t *Units(const Text16 &text)
-{
-    return reinterpret_cast<const uint16_t *>(text.c_str());
-}
-
 TEST(Number, Parses)
 {
-    const struct {
-        const char *text;
-        int64_t number;
-        uint64_t positive;
-    } cases[] = {
+    const std::tuple<const char *, int64_t, uint64_t> cases[] = {
         {"", 0, 0},
-        {"-", 0, 0},
         {"\t +12x", 12, 12},
-        {"\v\f-7", -7, 0}, // for the unsigned form a minus is no digit
+        {"\v\f-7", -7, 0},
         {"+-7", 0, 0},
         {"- 7", 0, 0},
         {"9223372036854775808", INT64_MIN, UINT64_C(1) << 63},
-        {"18446744073709551616", 0, 0}, // wraps
+        {"18446744073709551616", 0, 0},
         {"18446744073709551615", -1, UINT64_MAX},
     };
-    for (const auto &c : cases) {
-        EXPECT_EQ(qzvest::UTF8StrToInt64(c.text), c.number) << c.text;
-        EXPECT_EQ(qzvest::UTF8StrToUInt64(c.text), c.positive) << c.text;
-        const Text16 wide(c.text, c.text + strlen(c.text));
-        EXPECT_EQ(qzvest::UCS2StrToInt64(Units(wide)), c.number) << c.text;
-        EXPECT_EQ(qzvest::UCS2StrToUInt64(Units(wide)), c.positive) << c.text;
-    }
-}
-
-TEST(Number, Prints)
-{
-    const int64_t numbers[] = {0, 7, -1, 1234567890123456789, INT64_MAX, INT64_MIN};
-    for (const int64_t number : numbers) {
+    for (const auto &[givenText, number, positive] : cases) {
+        EXPECT_EQ(qzvest::UTF8StrToInt64(givenText), number) << givenText;
         char text[qzvest::kInt64Text];
         qzvest::Int64ToUTF8Str(text, number);
         EXPECT_EQ(text, std::to_string(number));
-        qzvest::UInt64ToUTF8Str(text, static_cast<uint64_t>(number));
-        EXPECT_EQ(text, std::to_string(static_cast<uint64_t>(number)));
+        qzvest::UInt64ToUTF8Str(text, positive);
+        EXPECT_EQ(text, std::to_string(positive));
+        EXPECT_EQ(qzvest::UTF8StrToUInt64(givenText), positive) << givenText;
+        const std::u16string wide(givenText, givenText + strlen(givenText));
+        EXPECT_EQ(qzvest::UCS2StrToInt64(Units(wide).data()), number) << givenText;
+        EXPECT_EQ(qzvest::UCS2StrToUInt64(Units(wide).data()), positive) << givenText;
     }
 }
 
 TEST(Number, FromUCS2)
 {
-    EXPECT_EQ(qzvest::UCS2StrToInt32(Units(u"-12")), -12);
-    EXPECT_EQ(qzvest::UCS2StrToInt32(Units(u"4294967297")), 1);            // the low half of strtol's long
-    EXPECT_EQ(qzvest::UCS2StrToInt32(Units(u"99999999999999999999")), -1); // of LONG_MAX
-    EXPECT_EQ(qzvest::UCS2StrToUInt32(Units(u"-1")), UINT32_MAX);          // strtoul knows a minus
-    EXPECT_EQ(qzvest::UCS2StrToDouble(Units(u" 2.5e3x")), 2500.0);
-    EXPECT_EQ(qzvest::UCS2StrToInt64(Units(u"12\u00E9")), 0); // no room for what is beyond ASCII
-    EXPECT_EQ(qzvest::UCS2StrToInt32(nullptr), 0);
+    EXPECT_EQ(qzvest::UCS2StrToInt32(Units(u"-12").data()), -12);
+    EXPECT_EQ(qzvest::UCS2StrToInt32(Units(u"4294967297").data()), 1);            // the low half of strtol's long
+    EXPECT_EQ(qzvest::UCS2StrToInt32(Units(u"99999999999999999999").data()), -1); // of LONG_MAX
+    EXPECT_EQ(qzvest::UCS2StrToUInt32(Units(u"-1").data()), UINT32_MAX);          // strtoul knows a minus
+    EXPECT_EQ(qzvest::UCS2StrToDouble(Units(u" 2.5e3x").data()), 2500.0);
+    EXPECT_EQ(qzvest::UCS2StrToInt64(Units(u"12\u00E9").data()), 0); // no room for what is beyond ASCII
     EXPECT_EQ(qzvest::UCS2StrToDouble(nullptr), 0.0);
 }
 
 TEST(Number, WithoutMemory)
 {
-    const auto without = [](auto work) {
-        const long before = LiveBlocks();
-        FailAllocation(1);
-        const auto result = work();
-        EXPECT_TRUE(StopFault());
-        EXPECT_EQ(LiveBlocks(), before);
-        return result;
-    };
-    EXPECT_EQ(without([] { return qzvest::UCS2StrToInt64(Units(u"12")); }), 0);
+    const long before = LiveBlocks();
+    EXPECT_EQ(Failing(1, qzvest::LocalLanguageNameDup), nullptr);
+    EXPECT_EQ(Failing(1, [] { return qzvest::UCS2StrToInt64(Units(u"12").data()); }), 0);
     uint32_t size = 9;
-    EXPECT_EQ(without([&] { return qzvest::UTF8StrdupSized("text", &size); }), nullptr);
+    EXPECT_EQ(Failing(1, [&] { return qzvest::UTF8StrdupSized("text", &size); }), nullptr);
     EXPECT_EQ(size, 0u);
     char *copy = qzvest::UTF8StrdupSized("text", &size);
+    EXPECT_STREQ(copy, "text");
     EXPECT_EQ(size, 5u);
     std::free(copy);
+    EXPECT_EQ(LiveBlocks(), before);
     EXPECT_EQ(qzvest::UTF8StrdupSized(nullptr, &size), nullptr);
     EXPECT_EQ(size, 0u);
 }
 
 // A helper's result as text; what it returned if that is not 0.
 template <typename Work>
-Text16 Printed(Work work)
+std::u16string Printed(Work work)
 {
     uint16_t text[140];
     uint32_t size = 0;
@@ -109,17 +88,11 @@ Text16 Printed(Work work)
 
 TEST(Number, ToUCS2)
 {
-    const auto int32 = [](int32_t value, int32_t radix) {
-        return Printed([=](uint16_t *to, uint32_t *size) { return qzvest::Int32ToUCS2Str(value, radix, to, size); });
-    };
-    EXPECT_EQ(int32(-255, 10), u"-255");
-    EXPECT_EQ(int32(-1, 16), u"ffffffffffffffff"); // the widened value
-    EXPECT_EQ(int32(35, 36), u"z");
-    EXPECT_EQ(int32(-1, 2), Text16(64, u'1'));
+    EXPECT_EQ(Printed([](uint16_t *to, uint32_t *s) { return qzvest::Int32ToUCS2Str(-1, 2, to, s); }),
+              std::u16string(64, u'1')); // the widened value
     uint32_t size = 200;
     uint16_t text[100];
     EXPECT_EQ(qzvest::Int32ToUCS2Str(1, 1, text, &size), -1);
-    EXPECT_EQ(qzvest::UInt32ToUCS2Str(1, 37, text, &size), -1);
     EXPECT_EQ(Printed([](uint16_t *to, uint32_t *s) { return qzvest::UInt32ToUCS2Str(UINT32_MAX, 16, to, s); }),
               u"ffffffff");
     EXPECT_EQ(Printed([](uint16_t *to, uint32_t *s) { return qzvest::DoubleToUCS2Str(2, to, s, -1.125); }), u"-1.12");
@@ -174,6 +147,32 @@ TEST(Bounded, ViolationsLeaveAnEmptyText)
     EXPECT_STREQ(text, "ff");
     EXPECT_EQ(qzvest::_ultoa_s(255, text, 2, 16), ERANGE);
     EXPECT_STREQ(text, "");
+}
+
+TEST(Language, NamesAndIDsMatchWholeAndInCase)
+{
+    const std::tuple<const char *, uint32_t, const char *> cases[] = {
+        {"es", 1034, "es"},    {"de", 1031, "de"},       {"en_US", 1033, "en_US"},    {"en_GB", 2057, "en_GB"},
+        {"fr", 1036, "fr"},    {"ja", 1041, "ja"},       {"ko", 2066, "ko"},          {"pt_BR", 1046, "pt_BR"},
+        {"zh", 2052, "zh"},    {"zh_TW", 1028, "zh_TW"}, {nullptr, 1033, "en_US"},    {"", 1033, "en_US"},
+        {"DE", 1033, "en_US"}, {"de_DE", 1033, "en_US"}, {"de.UTF-8", 1033, "en_US"}, {"en_G", 1033, "en_US"},
+    };
+    for (const auto &[lang, id, givenName] : cases) {
+        if (lang != nullptr)
+            setenv("LANG", lang, 1);
+        else
+            unsetenv("LANG");
+        EXPECT_EQ(qzvest::SMGetLocalLanguageID(), id) << lang;
+        char *name = qzvest::LocalLanguageNameDup();
+        EXPECT_STREQ(name, givenName);
+        std::free(name);
+    }
+    int32_t found = 5;
+    EXPECT_EQ(qzvest::LanguageNameToID("", &found), 1033u);
+    EXPECT_EQ(found, -1);
+    EXPECT_EQ(qzvest::LanguageNameToID("en_US", &found), 1033u);
+    EXPECT_EQ(found, 0);
+    EXPECT_STREQ(qzvest::LanguageIDToName(1042), "en_US");
 }
 
 } // namespace

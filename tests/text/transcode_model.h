@@ -92,10 +92,9 @@ struct Outcome {
 
 inline size_t Needed(const Converted &text, size_t terminator)
 {
-    size_t needed = terminator;
     for (const Bytes &character : text.characters)
-        needed += character.size();
-    return needed;
+        terminator += character.size();
+    return terminator;
 }
 
 // What a call with a destination of so many bytes must give.
@@ -119,9 +118,10 @@ inline Outcome Expected(const Converted &text, uint32_t capacity, size_t termina
     return outcome;
 }
 
-// What a call gives. The source lies in a block of just its size, so that a sanitizer sees every step beyond it.
+// What a call gives, for a query without a destination. The source lies in a block of just its size, so that a
+// sanitizer sees every step beyond it.
 template <typename Unit, typename Call, typename Source>
-Outcome Actual(Call call, const std::vector<Source> &text, uint32_t capacity)
+Outcome Actual(Call call, const std::vector<Source> &text, uint32_t capacity, bool query = false)
 {
     std::vector<Source> source(text);
     source.push_back(0);
@@ -130,22 +130,9 @@ Outcome Actual(Call call, const std::vector<Source> &text, uint32_t capacity)
     Units aligned((capacity + kGuard + 1) / 2);
     std::memset(aligned.data(), kUntouched, aligned.size() * 2);
     using SourceUnit = std::conditional_t<sizeof(Source) == 1, char, uint16_t>;
-    outcome.status = call(reinterpret_cast<Unit *>(aligned.data()), &outcome.size,
+    outcome.status = call(query ? nullptr : reinterpret_cast<Unit *>(aligned.data()), &outcome.size,
                           reinterpret_cast<const SourceUnit *>(source.data()));
     std::memcpy(outcome.memory.data(), aligned.data(), outcome.memory.size());
-    return outcome;
-}
-
-// The same for a NULL destination, of which only status and size are looked at.
-template <typename Unit, typename Call, typename Source>
-Outcome Queried(Call call, const std::vector<Source> &text)
-{
-    std::vector<Source> source(text);
-    source.push_back(0);
-    Outcome outcome{0, 0x5555, {}};
-    using SourceUnit = std::conditional_t<sizeof(Source) == 1, char, uint16_t>;
-    outcome.status =
-        call(static_cast<Unit *>(nullptr), &outcome.size, reinterpret_cast<const SourceUnit *>(source.data()));
     return outcome;
 }
 

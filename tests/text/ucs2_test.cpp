@@ -10,14 +10,6 @@ namespace {
 
 constexpr uint16_t kGuard = 0xABCD;
 
-// Room for a text with guard units behind it.
-std::vector<uint16_t> Room(const std::u16string &text, size_t size = 16)
-{
-    std::vector<uint16_t> room = Units(text);
-    room.resize(size, kGuard);
-    return room;
-}
-
 std::u16string RandomText(std::mt19937 &random, uint32_t letters, uint32_t most)
 {
     std::u16string text(random() % (most + 1), u' ');
@@ -26,53 +18,41 @@ std::u16string RandomText(std::mt19937 &random, uint32_t letters, uint32_t most)
     return text;
 }
 
-TEST(UCS2, CopiesThroughTheTerminatorWhateverTheSizeSays)
+// The sizes are not looked at; counted copies neither pad nor terminate, counted appends always terminate.
+TEST(UCS2, ChangesInPlace)
 {
-    auto room = Room(u"", 8);
-    EXPECT_EQ(SMUCS2Strcpy_s(room.data(), 1, Units(u"abc").data()), room.data());
-    EXPECT_EQ(room, (std::vector<uint16_t>{'a', 'b', 'c', 0, kGuard, kGuard, kGuard, kGuard}));
+    std::vector<uint16_t> room(8, kGuard);
+    const auto holds = [&](std::vector<uint16_t> units) {
+        units.resize(8, kGuard);
+        EXPECT_EQ(room, units);
+    };
+    EXPECT_EQ(SMUCS2Strcpy_s(room.data(), 1, Units(u"xyz").data()), room.data());
+    holds({'x', 'y', 'z', 0});
     EXPECT_EQ(SMUCS2Strcat_s(room.data(), 1, Units(u"de").data()), room.data());
-    EXPECT_EQ(room, (std::vector<uint16_t>{'a', 'b', 'c', 'd', 'e', 0, kGuard, kGuard}));
-}
-
-TEST(UCS2, CountedCopyNeitherPadsNorTerminates)
-{
-    auto room = Room(u"xyz", 6);
+    holds({'x', 'y', 'z', 'd', 'e', 0});
     SMUCS2Strncpy(room.data(), Units(u"abcde").data(), 2);
-    EXPECT_EQ(Text(room.data()), u"abz");
-    SMUCS2Strncpy_s(room.data(), 0, Units(u"q").data(), 5);
-    EXPECT_EQ(room, (std::vector<uint16_t>{'q', 0, 'z', 0, kGuard, kGuard}));
     SMUCS2Strncpy(room.data(), Units(u"w").data(), 0);
-    EXPECT_EQ(room[0], 'q');
-}
-
-TEST(UCS2, CountedAppendAlwaysTerminates)
-{
-    auto room = Room(u"x", 6);
+    holds({'a', 'b', 'z', 'd', 'e', 0});
+    SMUCS2Strncpy_s(room.data(), 0, Units(u"q").data(), 5);
+    holds({'q', 0, 'z', 'd', 'e', 0});
     SMUCS2Strncat(room.data(), Units(u"abcde").data(), 2);
-    EXPECT_EQ(room, (std::vector<uint16_t>{'x', 'a', 'b', 0, kGuard, kGuard}));
+    holds({'q', 'a', 'b', 0, 'e', 0});
     SMUCS2Strncat_s(room.data(), 0, Units(u"c").data(), 9);
-    EXPECT_EQ(room, (std::vector<uint16_t>{'x', 'a', 'b', 'c', 0, kGuard}));
     SMUCS2Strncat(room.data(), Units(u"d").data(), 0);
-    EXPECT_EQ(Text(room.data()), u"xabc");
+    holds({'q', 'a', 'b', 'c', 0, 0});
+    SMUCS2Strset_s(room.data(), 1, 'x');
+    holds({'x', 'x', 'x', 'x', 0, 0});
+    SMUCS2Strnset_s(room.data(), 1, 'y', 7);
+    holds({'y', 'y', 'y', 'y', 'y', 'y', 'y'});
 }
 
 TEST(UCS2, CompareGivesACutDifference)
 {
-    const struct {
-        std::u16string first, second;
-        uint32_t difference;
-    } cases[] = {
-        {u"A", u"B", 0xFFFF},
-        {u"B", u"A", 1},
-        {u"ab", u"ab", 0},
-        {u"", u"", 0},
-        {u"abz", u"ab", 'z'},
-        {u"ab", u"abz", 0xFF86u},
-        {u"\xFFFF", u"\x0001", 0xFFFE},
-    };
-    for (const auto &c : cases)
-        EXPECT_EQ(SMUCS2Strcmp(Units(c.first).data(), Units(c.second).data()), c.difference);
+    EXPECT_EQ(SMUCS2Strcmp(Units(u"A").data(), Units(u"B").data()), 0xFFFFu);
+    EXPECT_EQ(SMUCS2Strcmp(Units(u"ab").data(), Units(u"ab").data()), 0u);
+    EXPECT_EQ(SMUCS2Strcmp(Units(u"abz").data(), Units(u"ab").data()), uint32_t{'z'});
+    EXPECT_EQ(SMUCS2Strcmp(Units(u"ab").data(), Units(u"abz").data()), 0xFF86u);
+    EXPECT_EQ(SMUCS2Strcmp(Units(u"\xFFFF").data(), Units(u"\x0001").data()), 0xFFFEu);
 }
 
 // The searches and spans beside std::u16string over short texts of few letters.
@@ -112,23 +92,11 @@ TEST(UCS2, TokensShareOnePosition)
     EXPECT_EQ(SMUCS2Strtok(nullptr, comma.data()), nullptr);
     EXPECT_EQ(SMUCS2Strtok_s(nullptr, comma.data(), nullptr), nullptr);
 
-    auto whole = Units(u"a,b");
-    EXPECT_EQ(Text(SMUCS2Strtok(whole.data(), Units(u"").data())), u"a,b");
-    EXPECT_EQ(SMUCS2Strtok(nullptr, comma.data()), nullptr);
-
+    EXPECT_EQ(Text(SMUCS2Strtok(Units(u"a,b").data(), Units(u"").data())), u"a,b");
     auto first = Units(u"a,b"), empty = Units(u"");
     SMUCS2Strtok(first.data(), comma.data());
     EXPECT_EQ(SMUCS2Strtok(empty.data(), comma.data()), nullptr); // and the old position is gone
     EXPECT_EQ(SMUCS2Strtok(nullptr, comma.data()), nullptr);
-}
-
-TEST(UCS2, FillsStopAtTheTerminatorOrAtTheCount)
-{
-    auto room = Room(u"ab", 6);
-    SMUCS2Strset_s(room.data(), 1, 'x');
-    EXPECT_EQ(room, (std::vector<uint16_t>{'x', 'x', 0, kGuard, kGuard, kGuard}));
-    SMUCS2Strnset_s(room.data(), 1, 'y', 5);
-    EXPECT_EQ(room, (std::vector<uint16_t>{'y', 'y', 'y', 'y', 'y', kGuard}));
 }
 
 TEST(UCS2ToEscape, EveryUnitHasItsText)

@@ -1,0 +1,261 @@
+// Writers that are killed at each of their system calls in turn, and writers of which each system call fails in turn:
+// what they leave on disk, and what the next process makes of it.
+
+#include "support/trace.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <set>
+
+#include "config/ini_fixture.h"
+
+namespace {
+
+const std::string kMissing = "(missing)"; // as the fixture's Get says it
+const std::string kSections = "[one]\na=1\nb=2\n\n[two]\nc=3\n";
+const std::string kProperties = "a=1\nb=2\n";
+
+struct Change {
+    std::string name;
+    std::string old;
+    std::string changed;
+    const char *section; // NULL: a property file
+    const char *key;
+    const char *value;
+    std::vector<std::string> parts; // what an append may leave that did not come to its end
+    std::vector<std::string> likes; // what may stand for the change when the file could not be examined
+};
+
+const Change kChanges[] = {
+    {"set key", kSections, "[one]\na=new\nb=2\n\n[two]\nc=3\n", "one", "a", "new", {}, {}},
+    {"delete key", kSections, "[one]\na=1\n\n[two]\nc=3\n", "one", "b", nullptr, {}, {}},
+    {"delete section", kSections, "[two]\nc=3\n", "one", nullptr, nullptr, {}, {}},
+    {"append section",
+     kSections,
+     kSections + "\n[three]\nd=4\n",
+     "three",
+     "d",
+     "4",
+     {kSections + "\n", kSections + "\n[three]\n", kSections + "[three]\n"},
+     {kSections + "[three]\nd=4\n"}}, // of a file that counts as empty
+    {"new file", kMissing, "[three]\nd=4\n", "three", "d", "4", {"", "[three]\n"}, {}},
+    {"set property", kProperties, "a=new\nb=2\n", nullptr, "a", "new", {}, {}},
+};
+
+struct Report {
+    uint32_t status;         // of the change
+    int64_t descriptorsLeft; // more than there were before
+    uint32_t first;          // of a read by another process that does not wait
+    uint32_t second;         // of its write after that
+    char content[1024];      // between the two
+    char again[16];          // what was written, read back
+};
+
+int64_t OpenDescriptors()
+{
+    return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
+}
+
+bool Holds(const std::vector<std::string> &texts, const std::string &text)
+{
+    return std::find(texts.begin(), texts.end(), text) != texts.end();
+}
+
+class Crash : public IniFile {
+protected:
+    void SetUp() override
+    {
+        if (const std::string reason = TraceHindrance(); !reason.empty())
+            GTEST_SKIP() << reason;
+        IniFile::SetUp();
+    }
+
+    // Also the lock file has to be made anew each time.
+    void Prepare(const Change &change) const
+    {
+        for (const std::string &place : {folder, locks})
+            for (const auto &entry : std::filesystem::directory_iterator(place))
+                std::filesystem::remove(entry);
+        if (change.old != kMissing)
+            Put(change.old);
+    }
+
+    uint32_t Make(const Change &change) const
+    {
+        if (change.section != nullptr)
+            return Set(change.section, change.key, change.value);
+        return SMPropertyFileWriteValue(change.key, SMXLT_TYPE_UTF8, change.value,
+                                        static_cast<uint32_t>(std::strlen(change.value) + 1), path.c_str(), 1);
+    }
+
+    // What another process does next. None of it waits for the lock.
+    void Use(const Change &change, Report &report) const
+    {
+        uint32_t size = sizeof report.again;
+        const char *file = path.c_str();
+        const bool isIni = change.section != nullptr;
+        const auto read = [&] {
+            size = sizeof report.again;
+            return isIni ? SMReadINIPathFileValue("two", "c", INI_TYPE_UTF8, report.again, &size, nullptr, 0, file, 0)
+                         : SMPropertyFileReadValue("b", SMXLT_TYPE_UTF8, report.again, &size, nullptr, 0, file, 0);
+        };
+        report.first = read();
+        const std::string content = Get();
+        std::strncpy(report.content, content.c_str(), sizeof report.content - 1);
+        if (!isIni && content == kMissing) // nobody but the user puts it back
+            std::filesystem::rename(path + ".bak", path);
+        report.second = isIni ? SMWriteINIPathFileValue("two", "c", INI_TYPE_UTF8, "again", 6, file, 0)
+                              : SMPropertyFileWriteValue("b", SMXLT_TYPE_UTF8, "again", 6, file, 0);
+        if (read() != SM_STATUS_OK)
+            std::strcpy(report.again, "(none)");
+    }
+
+    void CheckUse(const Change &change, const Report &report, const std::string &expected) const
+    {
+        const bool isIni = change.section != nullptr;
+        const bool there = isIni ? expected.find("[two]") != std::string::npos : expected != kMissing;
+        const uint32_t absent = isIni && expected != kMissing ? SM_STATUS_INI_NO_SECTION : SM_STATUS_INI_OPEN_FAILED;
+        EXPECT_EQ(report.first, there ? SM_STATUS_OK : absent);
+        EXPECT_EQ(report.content, expected);
+        EXPECT_EQ(report.second, SM_STATUS_OK);
+        EXPECT_STREQ(report.again, "again");
+        EXPECT_EQ(Get(path + ".bak"), kMissing);
+    }
+
+    void SweepKills(const Change &change) const;
+    void CheckAfterKill(const Change &change, std::set<std::string> &states) const;
+    void SweepFaults(const Change &change) const;
+    void CheckAfterFault(const Change &change, const Report &report) const;
+};
+
+void Crash::CheckAfterKill(const Change &change, std::set<std::string> &states) const
+{
+    const std::string found = Get();
+    const std::string backup = Get(path + ".bak");
+    const bool isSwapping = backup != kMissing;
+    const bool isChanged = found == change.changed;
+    if (isSwapping) {
+        EXPECT_EQ(backup, change.old);
+        EXPECT_TRUE(isChanged || found == kMissing) << found;
+        states.insert(isChanged ? "both" : "between");
+    } else {
+        EXPECT_TRUE(isChanged || found == change.old || Holds(change.parts, found)) << found;
+        states.insert(isChanged ? "new" : found == change.old ? "old" : "part");
+    }
+    const Shared<Report> report;
+    ASSERT_EQ(InOtherProcess([&] { return Use(change, *report), 0; }), 0);
+    CheckUse(change, *report, isSwapping && change.section != nullptr ? backup : found);
+}
+
+void Crash::SweepKills(const Change &change) const
+{
+    std::set<std::string> states;
+    for (int nth = 1;; ++nth) {
+        Prepare(change);
+        const auto work = [&] {
+            TraceBegin();
+            const uint32_t status = Make(change);
+            TraceEnd();
+            return status == SM_STATUS_OK ? 0 : 1;
+        };
+        const TraceOutcome outcome = Trace(work, {nth, 0, nullptr});
+        if (!outcome.reached) {
+            EXPECT_EQ(outcome.exitCode, 0);
+            EXPECT_EQ(Get(), change.changed);
+            break;
+        }
+        SCOPED_TRACE(change.name + ", killed at call " + std::to_string(nth) + ", number " +
+                     std::to_string(outcome.call));
+        CheckAfterKill(change, states);
+        if (HasFailure())
+            return;
+    }
+    const std::set<std::string> expected = change.parts.empty() ? std::set<std::string>{"old", "between", "both", "new"}
+                                                                : std::set<std::string>{"old", "part", "new"};
+    EXPECT_EQ(states, expected);
+}
+
+// A status other than 0 means that the change has not been made, as far as the next reader can see.
+void Crash::CheckAfterFault(const Change &change, const Report &report) const
+{
+    static const std::set<uint32_t> kDocumented = {SM_STATUS_OK,
+                                                   SM_STATUS_FILE_NOT_FOUND,
+                                                   SM_STATUS_LIMIT_REACHED,
+                                                   SM_STATUS_ALREADY_EXISTS,
+                                                   SM_STATUS_INI_OPEN_FAILED,
+                                                   SM_STATUS_INI_BAD_SECTION,
+                                                   SM_STATUS_ACCESS_DENIED,
+                                                   SM_STATUS_FAILED};
+    EXPECT_TRUE(kDocumented.count(report.status) != 0) << report.status;
+    EXPECT_EQ(report.descriptorsLeft, 0);
+    const std::string content = report.content;
+    const bool isProperty = change.section == nullptr;
+    if (report.status == SM_STATUS_OK || (isProperty && report.status == SM_STATUS_ACCESS_DENIED))
+        EXPECT_TRUE(content == change.changed || Holds(change.likes, content) ||
+                    (report.status != SM_STATUS_OK && content == change.old)) // the lock, not the backup, was denied
+            << content;
+    else if (report.status == SM_STATUS_LIMIT_REACHED)
+        EXPECT_TRUE(content == change.old || Holds(change.parts, content) ||
+                    (!change.parts.empty() && content == change.changed)) // that could not be closed
+            << content;
+    else if (isProperty && report.status == SM_STATUS_ALREADY_EXISTS)
+        EXPECT_EQ(content, kMissing);
+    else
+        EXPECT_EQ(content, change.old);
+    CheckUse(change, report, content);
+}
+
+void Crash::SweepFaults(const Change &change) const
+{
+    std::set<uint32_t> statuses;
+    for (const int error : {ENOSPC, EIO, EMFILE, EACCES, EINTR}) {
+        for (int nth = 1;; ++nth) {
+            Prepare(change);
+            const Shared<Report> report;
+            const auto work = [&] {
+                const int64_t before = OpenDescriptors();
+                TraceBegin();
+                report->status = Make(change);
+                TraceEnd();
+                // The other process comes while this one lives on, so that a lock that was not given back is in its
+                // way.
+                if (InOtherProcess([&] { return Use(change, *report), 0; }) != 0)
+                    return 1;
+                report->descriptorsLeft = OpenDescriptors() - before;
+                char value[16];
+                uint32_t size = sizeof value;
+                if (report->descriptorsLeft == 1) { // a lock that was not got keeps its own until it is tried again
+                    SMReadINIPathFileValue("two", "c", INI_TYPE_UTF8, value, &size, nullptr, 0, path.c_str(), 0);
+                    report->descriptorsLeft = OpenDescriptors() - before;
+                }
+                return 0;
+            };
+            const TraceOutcome outcome =
+                Trace(work, {nth, error, error == EINTR ? TakesInterruptibleCall : TakesFileCall});
+            SCOPED_TRACE(change.name + ", " + strerror(error) + " from call " + std::to_string(nth) + ", number " +
+                         std::to_string(outcome.call) + ", status " + std::to_string(report->status));
+            ASSERT_EQ(outcome.exitCode, 0);
+            CheckAfterFault(change, *report);
+            if (HasFailure())
+                return;
+            if (!outcome.reached)
+                break;
+            statuses.insert(report->status);
+        }
+    }
+    EXPECT_GE(statuses.size(), 4u); // the calls that matter were among them
+}
+
+TEST_F(Crash, LeavesTheOldOrTheNew)
+{
+    for (const Change &change : kChanges)
+        SweepKills(change);
+}
+
+TEST_F(Crash, FaultsAreTold)
+{
+    for (const Change &change : kChanges)
+        SweepFaults(change);
+}
+
+} // namespace

@@ -1,0 +1,27 @@
+// The files and folders that the sandboxed cases of this folder set up for themselves.
+#ifndef TESTS_CONFIG_PLACES_H
+#define TESTS_CONFIG_PLACES_H
+
+#include <filesystem>
+#include <fstream>
+#include <string>
+
+#include "frame/module.h"
+
+constexpr const char *kRegistrationFile = "/etc/vkreg.cfg";
+constexpr const char *kSecondRegistrationFile = "/usr/lib/ext/brio/vkreg.cfg";
+
+inline void WriteText(const std::filesystem::path &path, const std::string &text)
+{
+    std::filesystem::create_directories(path.parent_path());
+    std::ofstream(path, std::ios::binary) << text;
+}
+
+// The library starts over, with what it finds by now.
+inline void Reattach()
+{
+    qzvest::SMModuleStop();
+    qzvest::SMModuleStart();
+}
+
+#endif
