@@ -8,7 +8,12 @@ BEGIN {
           "mutex_uncontended mutex_contended mutex_timed crc32 rfc1321 base64_encode base64_decode " \
           "print_int print_fixed print_general print_exact print_tiny print_huge " \
           "utf8_to_ucs2_ascii utf8_to_ucs2_latin utf8_to_ucs2_cjk " \
-          "ucs2_to_utf8_ascii ucs2_to_utf8_latin ucs2_to_utf8_cjk attach_detach", order, " ")
+          "ucs2_to_utf8_ascii ucs2_to_utf8_latin ucs2_to_utf8_cjk " \
+          "ini_read_first ini_read_middle ini_read_last ini_list_sections ini_list_keys ini_set_first ini_set_last " \
+          "from_int32 from_uint64 from_hex from_double from_bytes from_ipv4 " \
+          "to_int32 to_uint64 to_double to_bytes to_commalist to_dump to_hex to_ipv4 " \
+          "xml_document xml_escape_plain xml_escape_specials " \
+          "property_read_last property_write_last stringid_lookup filelock_reader filelock_writer attach_detach", order, " ")
 }
 
 $9 == "true" {
@@ -74,6 +79,13 @@ END {
             who = everyone[j]
             everyone[j] = everyone[j - 1]
             everyone[j - 1] = who
+        }
+    for (i = 1; i in order; ++i)
+        ordered[order[i]] = 1
+    for (operation in sizes)
+        if (!(operation in ordered)) {
+            print "no place in the order: " operation > "/dev/stderr"
+            exit 1
         }
     print "| operation | ours | peers (times ours) |"
     print "|---|---|---|"
