@@ -6,6 +6,9 @@ cd -- "$(dirname -- "$(readlink -f -- "$0")")"
 build=build/demo
 log=$build/demo.log
 document=$build/machine.xml
+product=$PWD/$build/product
+registration=$product/vkreg.cfg
+settings=$product/ini/machine.ini
 
 fail() {
     printf 'demo.sh: %s\n' "$*" >&2
@@ -79,11 +82,89 @@ compare() {
     printf '  %-9s %-32s  %s %s\n' "$1" "$theirs" "$2" "$verdict"
 }
 
+# A product of the demo's own: where it lies, its texts, and the directory of the library's lock files. Its settings
+# stay from the last time.
+make_product() {
+    mkdir -p "$product/ini" "$product/.ipc" &&
+        cp examples/qzsdst64.ini "$product/ini/" &&
+        printf '%s\n' "Gaugework.installpath=$product" "Gaugework.inipath=$product" \
+            "vestlib.vardatapath=$product" >"$registration"
+}
+
+# Runs a command where /etc/vkreg.cfg is the product's registration file, and what it changes in /etc its own.
+in_private_etc() {
+    # shellcheck disable=SC2016 # for the shell inside
+    "$build/examples/in_private_etc" \
+        sh -euc 'rm -f /etc/vkreg.cfg; cp "$0" /etc/vkreg.cfg; exec "$@"' "$registration" "$@"
+}
+
+on_host() {
+    "$@"
+}
+
+made_on_host=
+clean_up() {
+    [ -z "$made_on_host" ] || rm -f /etc/vkreg.cfg
+}
+trap clean_up EXIT
+trap 'exit 129' HUP
+trap 'exit 130' INT
+trap 'exit 143' TERM
+
+# Sets in_product to what runs a command where the product is registered. Fails where there is no way.
+register_product() {
+    in_product=in_private_etc
+    if in_private_etc test -x "$PWD/$build/examples/service" -a -w "$product/ini" >"$log" 2>&1; then
+        printf '  It stands in an /etc that the two programs alone see. That of this machine stays as it is.\n'
+        return
+    fi
+    in_product=on_host
+    printf '  The two programs cannot have an /etc of their own here: %s.\n' "$(head -n 1 "$log")"
+    printf '  So it takes that file in the /etc of this machine, for as long as they run.\n'
+    for file in /etc/vkreg.cfg /usr/lib/ext/brio/vkreg.cfg; do
+        if [ -e "$file" ] || [ -L "$file" ]; then
+            printf '  Left out: %s is there already, and stays as it is.\n' "$file"
+            return 1
+        fi
+    done
+    if ! [ -w /etc ]; then
+        printf '  Left out: only root may make it.\n'
+        return 1
+    fi
+    made_on_host=yes
+    if ! (set -C && : >/etc/vkreg.cfg); then
+        made_on_host=
+        fail 'cannot make /etc/vkreg.cfg'
+    fi
+    cat "$registration" >/etc/vkreg.cfg
+    printf '  Made, to be taken away again.\n'
+}
+
+runs_so_far() {
+    [ ! -e "$settings" ] || sed -n 's/^runs=//p' "$settings"
+}
+
+# The product's two runs, and whether the service has counted them.
+run_product() {
+    before=$(runs_so_far)
+    printf '\n  LANG=de service settings=machine.ini\n\n'
+    LANG=de $in_product "$build/examples/service" settings=machine.ini 2>&1 || fail 'the product ended with a failure'
+    printf '\n  service settings=machine.ini language=fr\n\n'
+    $in_product "$build/examples/service" settings=machine.ini language=fr 2>&1 ||
+        fail 'the product ended with a failure'
+    heading "The settings now, yours to change: $settings"
+    sed 's/^/  /' "$settings"
+    [ "$(runs_so_far)" = $((${before:-0} + 2)) ] || fail 'the service has not counted its two runs'
+}
+
 printf '%s\n' \
-    'This builds libqzvest and two small programs, a service and a client, and runs them three times.' \
+    'This builds libqzvest and two small programs, a service and a client, and runs them five times.' \
     'The service asks this machine about itself and hands the answers to the client as one block' \
-    'of bytes. Both read only, need no special rights, open no port and end when they are done.' \
-    "What is left behind: $PWD/$build, and Debian packages only where it says so." ''
+    'of bytes. Both need no special rights, open no port and end when they are done. In the last two' \
+    'runs they are a product with settings and texts in files, registered where they alone see it if' \
+    'the kernel allows that; otherwise the demo says what it does.' \
+    "What is left behind: $PWD/$build, with the product's settings, where the" \
+    'service counts its runs from one demo to the next, and Debian packages only where it says so.' ''
 
 if ! mkdir -p "$build" 2>/dev/null || [ ! -w "$build" ]; then
     fail "cannot write to $PWD/$build; if it belongs to another user, that one can remove it"
@@ -124,6 +205,17 @@ else
     printf 'and xmllint finds them NOT WELL-FORMED\n'
     cat "$log" >&2
     fail 'xmllint does not take the document'
+fi
+
+printf '\nAGAIN, twice, as a product with settings and texts in files\n\n'
+make_product || fail "cannot make $product"
+printf '  The library finds the product by its registration file, /etc/vkreg.cfg:\n\n'
+sed 's/^/    /' "$registration"
+printf '\n'
+if [ "${#product}" -gt 200 ]; then # the library has its limit at 255, with a file's name
+    printf '  Left out: the path is too long to be registered.\n'
+elif register_product; then
+    run_product
 fi
 
 printf '\n%s\n' "Again without building: $PWD/$build/examples/service"

@@ -5,6 +5,7 @@
  * A block is trusted by whoever reads it, and so this one must come from the service that started us. */
 #include "client.h"
 #include "machine.h"
+#include "messages.h"
 #include "options.h"
 
 #include <qzvest/print.h>
@@ -16,6 +17,8 @@
 #include <stdlib.h>
 #include <string.h>
 #include <unistd.h>
+
+enum { NAME_COLUMN = 24 };
 
 int ClientFailed(const char *what, uint32_t status)
 {
@@ -105,7 +108,9 @@ static int PrintValue(const char *name, const SMSDOBinary *block, uint16_t id)
         return ClientFailed(name, status);
     }
     ShowValue(shown, type & SM_SDO_KIND_MASK, value, size);
-    printf("  %-24s %s\n", name, shown);
+    printf("  ");
+    PrintPadded(name, NAME_COLUMN);
+    printf(" %s\n", shown);
     return 1;
 }
 
@@ -141,7 +146,7 @@ static int PrintRoom(const SMSDOBinary *array)
             return ClientFailed("reading a mount point", status);
         }
         ShowValue(name, MACHINE_TEXT, point, size);
-        (void)SMsnprintf(label, sizeof label, "room on %.200s", name);
+        (void)SMsnprintf(label, sizeof label, "%.200s %.200s", MessageText(MESSAGE_ROOM_ON), name);
         if (!PrintValue(label, element, MACHINE_ID_MOUNT_AVAILABLE)) {
             return 0;
         }
@@ -164,28 +169,40 @@ static int PrintSingleValues(const SMSDOBinary *block, uint32_t show)
 {
     static const struct {
         uint32_t group;
-        const char *name;
-        uint16_t object; /* that the value is nested in, 0 for none */
+        uint32_t message; /* the name */
+        uint16_t object;  /* that the value is nested in, 0 for none */
         uint16_t value;
     } rows[] = {
-        {SHOW_HOST, "host name", 0, MACHINE_ID_HOST},
-        {SHOW_HOST, "operating system", 0, MACHINE_ID_SYSTEM},
-        {SHOW_LOAD, "load over 5 minutes", MACHINE_ID_LOAD, MACHINE_ID_LOAD_5},
-        {SHOW_LOAD, "load over 15 minutes", MACHINE_ID_LOAD, MACHINE_ID_LOAD_15},
-        {SHOW_MEMORY, "memory installed", MACHINE_ID_MEMORY, MACHINE_ID_MEMORY_TOTAL},
-        {SHOW_MEMORY, "memory available", MACHINE_ID_MEMORY, MACHINE_ID_MEMORY_AVAILABLE},
+        {SHOW_HOST, MESSAGE_HOST, 0, MACHINE_ID_HOST},
+        {SHOW_HOST, MESSAGE_SYSTEM, 0, MACHINE_ID_SYSTEM},
+        {SHOW_LOAD, MESSAGE_LOAD_5, MACHINE_ID_LOAD, MACHINE_ID_LOAD_5},
+        {SHOW_LOAD, MESSAGE_LOAD_15, MACHINE_ID_LOAD, MACHINE_ID_LOAD_15},
+        {SHOW_MEMORY, MESSAGE_MEMORY_TOTAL, MACHINE_ID_MEMORY, MACHINE_ID_MEMORY_TOTAL},
+        {SHOW_MEMORY, MESSAGE_MEMORY_AVAILABLE, MACHINE_ID_MEMORY, MACHINE_ID_MEMORY_AVAILABLE},
     };
-    PrintHeading("Single values, read where they lie");
+    PrintHeading(MESSAGE_SINGLE_VALUES);
     for (size_t i = 0; i < sizeof rows / sizeof rows[0]; ++i) {
         if ((show & rows[i].group) == 0) {
             continue;
         }
-        if (rows[i].object == 0 ? !PrintValue(rows[i].name, block, rows[i].value)
-                                : !PrintNestedValue(rows[i].name, block, rows[i].object, rows[i].value)) {
+        const char *name = MessageText(rows[i].message);
+        if (rows[i].object == 0 ? !PrintValue(name, block, rows[i].value)
+                                : !PrintNestedValue(name, block, rows[i].object, rows[i].value)) {
             return 0;
         }
     }
     return (show & SHOW_FILES) == 0 || PrintFiles(block);
+}
+
+static int PrintAll(Block *block)
+{
+    PrintHeading(MESSAGE_DUMP);
+    PrintDump(block->bytes);
+    if (!PrintSingleValues(block->bytes, SHOW_ALL)) {
+        return 0;
+    }
+    PrintHeading(MESSAGE_TREE);
+    return PrintTree(block->bytes) && PatchAndCompare(block) && PrintTexts(block->bytes) && PrintSums();
 }
 
 static int UseBlock(Block *block, const Options *options)
@@ -194,16 +211,12 @@ static int UseBlock(Block *block, const Options *options)
         return PrintXML(block->bytes);
     }
     printf("\nCLIENT, process %ld, received %" PRIu32 " bytes\n", (long)getpid(), block->room);
-    if ((options->show & SHOW_REST) == 0) {
-        return PrintSingleValues(block->bytes, options->show);
-    }
-    PrintHeading("What the block begins with");
-    PrintDump(block->bytes);
-    if (!PrintSingleValues(block->bytes, options->show)) {
+    ReadMessages(options->language);
+    if ((options->show & SHOW_REST) != 0 ? !PrintAll(block) : !PrintSingleValues(block->bytes, options->show)) {
         return 0;
     }
-    PrintHeading("The whole block, walked from front to back");
-    return PrintTree(block->bytes) && PatchAndCompare(block) && PrintTexts(block->bytes) && PrintSums();
+    printf("\n  %s\n", MessageText(MESSAGE_GOODBYE));
+    return 1;
 }
 
 int main(int argc, char **argv)

@@ -1,6 +1,7 @@
-/* The client's own parts: show.c turns values into text for people, tree.c walks a block, xml.c writes one as an XML
- * document, patch.c changes one, texts.c shows what a text of it looks like in several forms, sums.c sums a file.
- * Calls that return int give 1 when all went well and 0 after a message on standard error. */
+/* The client's own parts, besides its texts (messages.h): show.c turns values into text for people, tree.c walks a
+ * block, xml.c writes one as an XML document, patch.c changes one, texts.c shows what a text of it looks like in
+ * several forms, sums.c sums a file. Calls that return int give 1 when all went well and 0 after a message on standard
+ * error. */
 #ifndef EXAMPLES_CLIENT_H
 #define EXAMPLES_CLIENT_H
 
@@ -20,7 +21,11 @@ int ClientFailed(const char *what, uint32_t status);
 /* Prints what failed, with the system's reason; always 0. */
 int SystemFailed(const char *what, const char *why);
 
-void PrintHeading(const char *text);
+/* The message, underlined. */
+void PrintHeading(uint32_t message);
+
+/* A text and blanks after it, up to width characters in all. */
+void PrintPadded(const char *text, uint32_t width);
 
 /* The vocabulary's name of an ID, NULL for one that it lacks. */
 const char *LabelOf(uint16_t id);

@@ -1,13 +1,15 @@
 /* Reads the options. The library finds and reads a parameter that is right; what is wrong we tell ourselves. */
 #include "options.h"
 
+#include <qzvest/language.h>
 #include <qzvest/parameter.h>
 #include <qzvest/print.h>
+#include <qzvest/typedvalue.h>
 
 #include <stdio.h>
 #include <string.h>
 
-static const char *const names[OPTION_COUNT] = {"show", "format", "client"};
+static const char *const names[OPTION_COUNT] = {"show", "format", "language", "client", "settings"};
 
 /* Row 0 answers for an unknown word, row 1 also for an absent option. */
 static const SMNVPEnumEntry groups[] = {
@@ -20,14 +22,19 @@ enum { GROUP_ROWS = sizeof groups / sizeof groups[0], FORMAT_ROWS = sizeof forma
 
 static void PrintUsage(const char *program, int32_t count)
 {
-    (void)fprintf(stderr, "usage: %s [show=GROUPS] [format=FORMAT]%s\n", program,
-                  count > OPTION_CLIENT ? " [client=PATH]" : "");
-    (void)fprintf(stderr, "  GROUPS  host, load, memory, files: only these values, several as 'memory|load' or\n"
-                          "          memory,load; all: these and everything else, as without this option\n"
-                          "  FORMAT  text, as without this option, or xml: the object as one XML document on\n"
-                          "          standard output, always whole, and messages on standard error\n");
+    (void)fprintf(stderr, "usage: %s [show=GROUPS] [format=FORMAT] [language=LANGUAGE]%s\n", program,
+                  count > OPTION_CLIENT ? " [client=PATH] [settings=NAME]" : "");
+    (void)fprintf(stderr, "  GROUPS    host, load, memory, files: only these values, several as 'memory|load' or\n"
+                          "            memory,load; all: these and everything else, as without this option\n"
+                          "  FORMAT    text, as without this option, or xml: the object as one XML document on\n"
+                          "            standard output, always whole, and messages on standard error\n"
+                          "  LANGUAGE  of headings and names, if a product is registered: one that the library\n"
+                          "            knows, such as en_US, de, fr; without this option that of LANG\n");
     if (count > OPTION_CLIENT) {
-        (void)fprintf(stderr, "  PATH    the client's program; without this option the one beside the service\n");
+        (void)fprintf(stderr,
+                      "  PATH      the client's program; without this option the one beside the service\n"
+                      "  NAME      of the service's INI file of settings, in the directory ini of the product:\n"
+                      "            runs=NUMBER, and show=GROUPS for when there is no such option\n");
     }
 }
 
@@ -84,10 +91,26 @@ static int KnowsGroups(const char *program, const char *list)
     }
 }
 
+static int ReadLanguage(const char *program, int argc, char **argv, Options *options)
+{
+    char *name = SMNVPGetUTF8ParamValueByUTF8Name(argc, argv, names[OPTION_LANGUAGE], 0);
+    uint32_t size = sizeof options->language;
+    if (name == NULL) {
+        options->language = SMGetLocalLanguageID();
+        return 1;
+    }
+    if (SMXLTUTF8ToTypeValue(name, &options->language, &size, SMXLT_TYPE_LANGUAGE) == SM_STATUS_OK) {
+        return 1;
+    }
+    (void)fprintf(stderr, "%s: language: the library knows no language '%s'\n", program, name);
+    return 0;
+}
+
 static int ReadValues(const char *program, int argc, char **argv, Options *options)
 {
     const char *list = SMNVPGetUTF8ParamValueByUTF8Name(argc, argv, names[OPTION_SHOW], 0);
     options->client = SMNVPGetUTF8ParamValueByUTF8Name(argc, argv, names[OPTION_CLIENT], 0);
+    options->settings = SMNVPGetUTF8ParamValueByUTF8Name(argc, argv, names[OPTION_SETTINGS], 0);
     options->format = SMNVPGetEnums32Value(argc, argv, names[OPTION_FORMAT], 0, formats, FORMAT_ROWS, 0);
     if (options->format == FORMAT_UNKNOWN) {
         (void)fprintf(stderr, "%s: format: there is no format '%s'\n", program,
@@ -106,7 +129,7 @@ static int ReadValues(const char *program, int argc, char **argv, Options *optio
         (void)fprintf(stderr, "%s: format=xml writes the whole object, no groups of it can be chosen\n", program);
         return 0;
     }
-    return 1;
+    return ReadLanguage(program, argc, argv, options);
 }
 
 int ReadOptions(const char *program, int32_t count, int argc, char **argv, Options *options)

@@ -11,13 +11,15 @@ enum { SHOW_HOST = 1, SHOW_LOAD = 2, SHOW_MEMORY = 4, SHOW_FILES = 8, SHOW_REST 
 
 enum { FORMAT_UNKNOWN, FORMAT_TEXT, FORMAT_XML };
 
-/* The client has all but the last, which is the service's. */
-enum { OPTION_SHOW, OPTION_FORMAT, OPTION_CLIENT, OPTION_COUNT };
+/* The client has those before OPTION_CLIENT, the service all. */
+enum { OPTION_SHOW, OPTION_FORMAT, OPTION_LANGUAGE, OPTION_CLIENT, OPTION_SETTINGS, OPTION_COUNT };
 
 typedef struct Options {
     uint32_t show;             /* SHOW_... */
     uint32_t format;           /* FORMAT_... */
+    uint32_t language;         /* ID of the library's, that of LANG when not given */
     char *client;              /* path of the client's program, NULL when not given */
+    char *settings;            /* bare name of the file of settings, NULL when not given */
     char *given[OPTION_COUNT]; /* each as it was given, NULL when not */
 } Options;
 

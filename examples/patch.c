@@ -1,6 +1,7 @@
 /* Changes values of a block, and compares what can be rebuilt from it. */
 #include "client.h"
 #include "machine.h"
+#include "messages.h"
 
 #include <qzvest/print.h>
 #include <qzvest/sdo.h>
@@ -71,7 +72,7 @@ static int Set(Block *block, const Value *value)
     return 1;
 }
 
-static int SetBoth(const char *heading, Block *block, const Value *readers, const Value *remark)
+static int SetBoth(uint32_t heading, Block *block, const Value *readers, const Value *remark)
 {
     PrintHeading(heading);
     printf("  %-9s %-31s %-31s %s\n", "name", "was", "is now", "bytes in all");
@@ -106,8 +107,8 @@ static int PatchAndCompareWith(Block *block, const SMSDOConfig *original)
     ++count;
     memcpy(readers.data, &count, sizeof count);
     remark.size = 1 + SMsnprintf(remark.data, sizeof remark.data, "seen by process %ld", (long)getpid());
-    return SetBoth("Two values changed in the block", block, &readers, &remark) && Compare(block, original, 0) &&
-           SetBoth("The same two set back", block, &oldReaders, &oldRemark) && Compare(block, original, 1);
+    return SetBoth(MESSAGE_CHANGED, block, &readers, &remark) && Compare(block, original, 0) &&
+           SetBoth(MESSAGE_SET_BACK, block, &oldReaders, &oldRemark) && Compare(block, original, 1);
 }
 
 int PatchAndCompare(Block *block)
@@ -116,7 +117,7 @@ int PatchAndCompare(Block *block)
     if (original == NULL) {
         return ClientFailed("SMSDOBinaryToConfig", SM_STATUS_FAILED);
     }
-    PrintHeading("The object rebuilt");
+    PrintHeading(MESSAGE_REBUILT);
     const int done = Compare(block, original, 1) && PatchAndCompareWith(block, original);
     SMSDOConfigFree(original);
     return done;

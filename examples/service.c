@@ -2,7 +2,8 @@
  * sends the block to a client, a program of its own that it starts with one end of a socket pair as its
  * standard input.
  *
- * It takes options (options.c) and hands those that are the client's on to it. */
+ * It takes options (options.c) and hands those that are the client's on to it. Where a product is registered, it can
+ * keep settings there (settings.c). */
 #include "service.h"
 #include "machine.h"
 #include "options.h"
@@ -168,13 +169,17 @@ static void PrintObject(FILE *messages, const MachineFacts *facts, const SMSDOCo
     (void)fprintf(messages, "  sends      that block over a socket to the client, a program of its own\n");
 }
 
-static int Serve(const char *clientPath, const Options *options)
+static int Serve(const char *clientPath, Options *options)
 {
     FILE *messages = options->format == FORMAT_XML ? stderr : stdout; /* the document stands alone */
     MachineFacts facts;
+    char show[FACT_TEXT];
     uint32_t size;
     (void)fprintf(messages, "SERVICE, process %ld, with libqzvest %" PRIu32 ".%" PRIu32 ".%" PRIu32 "\n",
                   (long)getpid(), VESTGetMajorVersion(), VESTGetMinorVersion(), VESTGetRevision());
+    if (options->settings != NULL && !UseSettings(options, messages, show, sizeof show)) {
+        return 0;
+    }
     GatherFacts(&facts, messages);
     SMSDOConfig *object = DescribeMachine(&facts);
     if (object == NULL) {

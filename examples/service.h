@@ -1,6 +1,9 @@
-/* The service's own parts: facts.c and mounts.c ask the machine, describe.c puts the answers into an object. */
+/* The service's own parts: facts.c and mounts.c ask the machine, describe.c puts the answers into an object,
+ * settings.c keeps the settings. */
 #ifndef EXAMPLES_SERVICE_H
 #define EXAMPLES_SERVICE_H
+
+#include "options.h"
 
 #include <qzvest/types.h>
 
@@ -61,6 +64,11 @@ void CopyFact(char *fact, const char *text);
 
 /* The facts as an object, which is the caller's. NULL after a message when it could not be built. */
 SMSDOConfig *DescribeMachine(const MachineFacts *facts);
+
+/* Counts this run in the file of settings that the options name, and prints it to messages. What the settings say
+ * to show is written to show, of room bytes, and put into the options where they leave it open. 1 when all went well.
+ */
+int UseSettings(Options *options, FILE *messages, char *show, uint32_t room);
 
 /* Prints what failed, with the library's status. */
 void ServiceFailed(const char *what, uint32_t status);

@@ -1,6 +1,7 @@
 /* Values, kinds and bytes as text for people. */
 #include "client.h"
 #include "machine.h"
+#include "messages.h"
 
 #include <qzvest/print.h>
 #include <qzvest/sdo.h>
@@ -11,13 +12,30 @@
 #include <stdio.h>
 #include <string.h>
 
-void PrintHeading(const char *text)
+/* Characters of a text in UTF-8. */
+static uint32_t LengthOf(const char *text)
 {
+    uint32_t length = 0;
+    for (; *text != '\0'; ++text) {
+        length += ((unsigned char)*text & 0xC0) != 0x80;
+    }
+    return length;
+}
+
+void PrintHeading(uint32_t message)
+{
+    const char *text = MessageText(message);
     printf("\n  %s\n  ", text);
-    for (size_t i = 0; i < strlen(text); ++i) {
+    for (uint32_t i = LengthOf(text); i > 0; --i) {
         putchar('-');
     }
     putchar('\n');
+}
+
+void PrintPadded(const char *text, uint32_t width)
+{
+    const uint32_t length = LengthOf(text);
+    printf("%s%*s", text, length < width ? (int)(width - length) : 0, "");
 }
 
 const char *LabelOf(uint16_t id)

@@ -1,5 +1,6 @@
 /* CRC-32 and RFC 1321 digest of a real file: the executable of this program. */
 #include "client.h"
+#include "messages.h"
 
 #include <qzvest/crc32.h>
 #include <qzvest/rfc1321.h>
@@ -84,7 +85,7 @@ int PrintSums(void)
 {
     Sums sums = {0};
     char path[PATH_MAX];
-    PrintHeading("Sums of a real file, this program");
+    PrintHeading(MESSAGE_SUMS);
     const ssize_t length = readlink("/proc/self/exe", path, sizeof path - 1);
     if (length < 0) {
         return SystemFailed("cannot tell where this program lies (/proc/self/exe)", strerror(errno));

@@ -1,6 +1,7 @@
 /* A text of this machine in UTF-8 and UCS-2, escaped, and as Base64. */
 #include "client.h"
 #include "machine.h"
+#include "messages.h"
 
 #include <qzvest/base64.h>
 #include <qzvest/language.h>
@@ -202,7 +203,7 @@ int PrintTexts(const SMSDOBinary *block)
     char host[SHOWN];
     char system[SHOWN];
     SMSSUTF8Str text;
-    PrintHeading("One text in two encodings");
+    PrintHeading(MESSAGE_ENCODINGS);
     if (!ReadText(block, MACHINE_ID_HOST, host) || !ReadText(block, MACHINE_ID_SYSTEM, system)) {
         return 0;
     }
