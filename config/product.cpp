@@ -60,20 +60,6 @@ struct ProductRow {
 SMMutex *tableMutex;
 ProductRow *table; // kProductCount rows, or NULL; changed under the mutex
 
-class TableLock {
-public:
-    TableLock()
-    {
-        (void)SMMutexLock(tableMutex, SM_WAIT_FOREVER);
-    }
-    ~TableLock()
-    {
-        (void)SMMutexUnLock(tableMutex);
-    }
-    TableLock(const TableLock &) = delete;
-    TableLock &operator=(const TableLock &) = delete;
-};
-
 void FreeTable(ProductRow *rows)
 {
     if (rows == nullptr)
@@ -204,7 +190,7 @@ bool HasTable()
 // the new one there is none.
 void Rebuild()
 {
-    const TableLock lock;
+    const MutexGuard lock(tableMutex);
     ProductRow *rows = BuildTable().release();
     FreeTable(table);
     __atomic_store_n(&table, rows, __ATOMIC_RELAXED);
@@ -232,7 +218,7 @@ const ProductRow *FindRow(uint32_t number)
 
 uint32_t LookUp(uint32_t productId, uint32_t pathType, char *dest, uint32_t *destSize)
 {
-    const TableLock lock;
+    const MutexGuard lock(tableMutex);
     const ProductRow *row = FindRow(productId);
     if (row == nullptr)
         return SM_STATUS_NOT_FOUND;

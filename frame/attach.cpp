@@ -11,21 +11,40 @@
 #include "config/registration.h"
 #include "digest/crc32.h"
 #include "frame/module.h"
+#include "ipc/critical.h"
 #include "ipc/filelock.h"
 #include "ipc/paths.h"
+#include "ipc/semset.h"
 #include "os/ipv4.h"
+#include "os/library.h"
 #include "text/format.h"
 
 namespace qzvest {
 namespace {
 
+// The paths, and then what dead processes have left under them.
+int IPCAttach()
+{
+    if (SMIPCPathsInit() != 1)
+        return 0;
+    SMIPCStaleSemCleanup();
+    return 1;
+}
+
 // In the order of bring-up. A facility with process-wide state adds its row here.
+// clang-format off
 constexpr AttachStep kSteps[] = {
-    {RegistrationAttach, RegistrationDetach}, {FileLockRegistryAttach, FileLockRegistryDetach},
-    {ProductPathsAttach, ProductPathsDetach}, {NetworkAttach, NetworkDetach},
-    {SMIPCPathsInit, IPCPathsFree},           {FormatLockAttach, FormatLockDetach},
+    {RegistrationAttach, RegistrationDetach},
+    {FileLockRegistryAttach, FileLockRegistryDetach},
+    {ProductPathsAttach, ProductPathsDetach},
+    {NetworkAttach, NetworkDetach},
+    {IPCAttach, IPCPathsFree},
+    {CriticalSectionAttach, CriticalSectionDetach},
+    {FormatLockAttach, FormatLockDetach},
+    {LibraryCacheAttach, LibraryCacheDetach},
     {CRC32TableAttach, CRC32TableDetach},
 };
+// clang-format on
 
 // The two counts move in step. attachCount is a second guard against entering the chains again.
 int32_t loadCount;

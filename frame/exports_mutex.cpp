@@ -14,6 +14,11 @@ SMMutex *SMMutexCreate_s(const char *name, uint32_t accessMask)
     return qzvest::SMMutexCreate_s(name, accessMask);
 }
 
+SMMutex *SMMutexOpen(const char *name)
+{
+    return qzvest::SMMutexOpen(name);
+}
+
 uint32_t SMMutexLock(SMMutex *handle, uint32_t timeoutMs)
 {
     return qzvest::SMMutexLock(handle, timeoutMs);

@@ -45,23 +45,6 @@ struct RecordRelease {
 
 using RecordPtr = std::unique_ptr<SMFileLock, RecordRelease>;
 
-class MutexGuard {
-public:
-    explicit MutexGuard(SMMutex *mutex) : mutex_(mutex)
-    {
-        (void)SMMutexLock(mutex_, SM_WAIT_FOREVER);
-    }
-    ~MutexGuard()
-    {
-        (void)SMMutexUnLock(mutex_);
-    }
-    MutexGuard(const MutexGuard &) = delete;
-    MutexGuard &operator=(const MutexGuard &) = delete;
-
-private:
-    SMMutex *mutex_;
-};
-
 // The rights on the lock file follow the rights on the data file.
 void CopyPermissions(const SMFileLock *lock)
 {
@@ -72,7 +55,7 @@ void CopyPermissions(const SMFileLock *lock)
 
 RecordPtr MakeRecord(const char *path)
 {
-    RecordPtr lock(reinterpret_cast<SMFileLock *>(SMIPCNameRecordAlloc(path, sizeof(SMFileLock), kKindFileLock)));
+    RecordPtr lock(NameRecordAlloc<SMFileLock>(path, kKindFileLock).release());
     if (!lock)
         return lock;
     lock->path = SMUTF8Strdup(path);

@@ -1,20 +1,23 @@
 #include "ipc/mutex.h"
 
+#include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstddef>
 
-#include "ipc/namerecord.h"
+#include "ipc/names.h"
 #include "os/clock.h"
 
 struct SMMutex {
-    qzvest::IPCNameRecord head;
+    qzvest::IPCNameRecord head; // the object name of a named mutex is the path of its file
     union {
         pthread_mutex_t *anonymous; // the lock of an anonymous mutex
-        int64_t file;               // a named mutex has its descriptor here
+        int64_t file;               // the descriptor of a named one, -1 when closed
     } descriptor;
-    pthread_mutex_t *localMutex; // NULL in an anonymous mutex
-    uint16_t lockType;           // of a named mutex
+    pthread_mutex_t *localMutex; // of a named mutex: excludes the threads of this process
+    uint16_t lockType;           // of a named mutex: F_WRLCK, or F_RDLCK where the file can only be read
 };
 
 namespace qzvest {
@@ -23,53 +26,116 @@ namespace {
 static_assert(offsetof(SMMutex, descriptor) == 16 && offsetof(SMMutex, localMutex) == 24);
 static_assert(offsetof(SMMutex, lockType) == 32);
 
+constexpr uint32_t kEveryoneOfTheGroup = 0xFFFFFFFF;
 constexpr useconds_t kPollMicroseconds = 1000;
+constexpr mode_t kOwnerOnly = 0600;
 
-// A timed wait polls: there is no waking at the very moment of release, and none is promised. It stays out of its
-// caller, where its registers would have to be saved for the endless wait too, the common case.
-[[gnu::noinline]] uint32_t PollLocalMutex(pthread_mutex_t *mutex, uint32_t timeoutMs)
+bool IsNamed(const SMMutex *mutex)
 {
-    if (pthread_mutex_trylock(mutex) == 0)
-        return SM_STATUS_OK;
-    const timespec start = MonotonicNow();
-    while (MillisecondsSince(start) < timeoutMs) {
-        (void)usleep(kPollMicroseconds); // woken early, it only polls sooner
-        if (pthread_mutex_trylock(mutex) == 0)
-            return SM_STATUS_OK;
+    return mutex->head.name != nullptr;
+}
+
+// Who may only read the file takes a shared lock: it excludes those that may write, but not others like it.
+bool OpenFile(SMMutex *mutex, bool create, mode_t mode)
+{
+    const char *path = mutex->head.name;
+    const bool existed = access(path, F_OK) == 0;
+    const int flags = O_CLOEXEC | (create ? O_CREAT : 0);
+    int descriptor = open(path, O_WRONLY | flags, mode);
+    if (descriptor != -1) {
+        if (!existed)
+            (void)chmod(path, mode); // so that the process's umask has no say
+        mutex->lockType = F_WRLCK;
+    } else {
+        descriptor = open(path, O_RDONLY | flags, mode);
+        if (descriptor == -1)
+            return false;
+        mutex->lockType = F_RDLCK;
     }
-    return SM_STATUS_TIMEOUT;
+    mutex->descriptor.file = descriptor;
+    return true;
 }
 
-} // namespace
-
-LocalMutexPtr LocalMutexAlloc()
+bool SetFileLock(int descriptor, short type, int command)
 {
-    HeapPtr<pthread_mutex_t> mutex = HeapRoom<pthread_mutex_t>(1);
-    if (!mutex || pthread_mutex_init(mutex.get(), nullptr) != 0)
+    struct flock range = {};
+    range.l_type = type;
+    range.l_whence = SEEK_SET; // from 0, of length 0: the whole file
+    return fcntl(descriptor, command, &range) == 0;
+}
+
+// Here the time-out is signed, where the local lock takes it for unsigned: from 0x80000000 on the first busy answer
+// ends the wait.
+uint32_t LockFile(SMMutex *mutex, int32_t timeoutMs)
+{
+    const auto descriptor = static_cast<int>(mutex->descriptor.file);
+    const auto type = static_cast<short>(mutex->lockType);
+    const int command = timeoutMs == -1 ? F_SETLKW : F_SETLK;
+    timespec start = {};
+    bool busy = false;
+    while (!SetFileLock(descriptor, type, command)) {
+        switch (errno) {
+        case EINTR:
+        case EDEADLK:
+            continue;
+        case EAGAIN:
+        case EACCES:
+            if (!busy)
+                start = MonotonicNow(); // a lock that is free needs no clock
+            busy = true;
+            if (MillisecondsSince(start) >= timeoutMs)
+                return SM_STATUS_TIMEOUT;
+            (void)usleep(kPollMicroseconds);
+            continue;
+        case EBADF:
+            // Somebody closed it. What is opened serves later calls; this one goes on with what it began with, until
+            // no more can be opened.
+            if (!OpenFile(mutex, false, kOwnerOnly))
+                return SM_STATUS_FAILED;
+            continue;
+        default:
+            return SM_STATUS_FAILED;
+        }
+    }
+    return SM_STATUS_OK;
+}
+
+// The named forms stay out of their callers, where their registers would have to be saved for the anonymous form too,
+// the common case.
+
+// The two waits are not shared out: the call may last twice the time-out.
+[[gnu::noinline]] uint32_t LockNamed(SMMutex *mutex, uint32_t timeoutMs)
+{
+    if (const uint32_t status = LocalMutexLock(mutex->localMutex, timeoutMs); status != SM_STATUS_OK)
+        return status;
+    const uint32_t status = LockFile(mutex, static_cast<int32_t>(timeoutMs));
+    if (status != SM_STATUS_OK)
+        (void)pthread_mutex_unlock(mutex->localMutex);
+    return status;
+}
+
+[[gnu::noinline]] void UnlockNamed(const SMMutex *mutex)
+{
+    while (!SetFileLock(static_cast<int>(mutex->descriptor.file), F_UNLCK, F_SETLKW) && errno == EINTR) {
+    }
+    (void)pthread_mutex_unlock(mutex->localMutex);
+}
+
+SMMutex *NamedMutex(const char *name, bool create, mode_t mode)
+{
+    HeapPtr<SMMutex> record = NameRecordAlloc<SMMutex>(name, kKindMutex);
+    if (!record)
         return nullptr;
-    return LocalMutexPtr(mutex.release());
+    LocalMutexPtr local = LocalMutexAlloc();
+    if (!local || !OpenFile(record.get(), create, mode))
+        return nullptr;
+    record->localMutex = local.release();
+    return record.release();
 }
 
-uint32_t LocalMutexLock(pthread_mutex_t *mutex, uint32_t timeoutMs)
+SMMutex *AnonymousMutex()
 {
-    if (mutex == nullptr)
-        return SM_STATUS_FAILED;
-    if (timeoutMs != SM_WAIT_FOREVER)
-        return PollLocalMutex(mutex, timeoutMs);
-    return pthread_mutex_lock(mutex) == 0 ? SM_STATUS_OK : SM_STATUS_FAILED;
-}
-
-SMMutex *SMMutexCreate(const char *name)
-{
-    constexpr uint32_t kEveryoneOfTheGroup = 0xFFFFFFFFu;
-    return SMMutexCreate_s(name, kEveryoneOfTheGroup);
-}
-
-SMMutex *SMMutexCreate_s(const char *name, uint32_t /*accessMask: a file's, and an anonymous mutex has none*/)
-{
-    if (name != nullptr)
-        return nullptr; // objects that other processes can name are not there yet
-    HeapPtr<SMMutex> record = AnonymousRecordAlloc<SMMutex>(kKindMutex);
+    HeapPtr<SMMutex> record = NameRecordAlloc<SMMutex>(nullptr, kKindMutex);
     if (!record)
         return nullptr;
     LocalMutexPtr mutex = LocalMutexAlloc();
@@ -81,18 +147,38 @@ SMMutex *SMMutexCreate_s(const char *name, uint32_t /*accessMask: a file's, and 
     return record.release();
 }
 
+} // namespace
+
+SMMutex *SMMutexCreate(const char *name)
+{
+    return SMMutexCreate_s(name, kEveryoneOfTheGroup);
+}
+
+SMMutex *SMMutexCreate_s(const char *name, uint32_t accessMask)
+{
+    return name != nullptr ? NamedMutex(name, true, SMIPCAccessMaskToMode(accessMask)) : AnonymousMutex();
+}
+
+SMMutex *SMMutexOpen(const char *name)
+{
+    return name != nullptr ? NamedMutex(name, false, kOwnerOnly) : nullptr;
+}
+
 uint32_t SMMutexLock(SMMutex *handle, uint32_t timeoutMs)
 {
     if (const uint32_t status = HandleStatus(handle, kKindMutex); status != SM_STATUS_OK)
         return status;
-    return LocalMutexLock(handle->descriptor.anonymous, timeoutMs);
+    return IsNamed(handle) ? LockNamed(handle, timeoutMs) : LocalMutexLock(handle->descriptor.anonymous, timeoutMs);
 }
 
 uint32_t SMMutexUnLock(SMMutex *handle)
 {
     if (const uint32_t status = HandleStatus(handle, kKindMutex); status != SM_STATUS_OK)
         return status;
-    (void)pthread_mutex_unlock(handle->descriptor.anonymous); // has no owner to tell, and nothing to fail
+    if (IsNamed(handle))
+        UnlockNamed(handle);
+    else
+        (void)pthread_mutex_unlock(handle->descriptor.anonymous); // has no owner to tell, and nothing to fail
     return SM_STATUS_OK;
 }
 
@@ -100,7 +186,13 @@ void SMMutexDestroy(SMMutex *handle)
 {
     if (HandleStatus(handle, kKindMutex) != SM_STATUS_OK)
         return;
-    LocalMutexPtr(handle->descriptor.anonymous).reset();
+    if (IsNamed(handle)) {
+        if (handle->descriptor.file != -1)
+            (void)close(static_cast<int>(handle->descriptor.file));
+        LocalMutexPtr(handle->localMutex).reset();
+    } else {
+        LocalMutexPtr(handle->descriptor.anonymous).reset();
+    }
     std::free(handle);
 }
 

@@ -28,17 +28,6 @@ struct IPCNameRecord {
 };
 static_assert(offsetof(IPCNameRecord, kind) == 0 && offsetof(IPCNameRecord, name) == 8);
 
-// A record of an anonymous object, the head filled in and the rest not; empty when memory runs out.
-template <typename Record>
-HeapPtr<Record> AnonymousRecordAlloc(HandleKind kind)
-{
-    static_assert(offsetof(Record, head) == 0);
-    HeapPtr<Record> record = HeapRoom<Record>(1);
-    if (record)
-        record->head = {kind, nullptr};
-    return record;
-}
-
 // What every call with a handle tests first: SM_STATUS_OK, SM_STATUS_INVALID_PARAMETER for NULL, or
 // SM_STATUS_BAD_FORMAT for a handle of another kind.
 template <typename Record>

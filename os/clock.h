@@ -25,6 +25,19 @@ inline int64_t MillisecondsSince(const timespec &start)
     return MillisecondsBetween(start, MonotonicNow());
 }
 
+// The moment so many milliseconds later. None but positive rests below a second count.
+constexpr timespec DeadlineAfter(timespec now, int32_t milliseconds)
+{
+    now.tv_sec += milliseconds / 1000;
+    if (milliseconds % 1000 > 0)
+        now.tv_nsec += static_cast<long>(milliseconds % 1000) * 1000000;
+    if (now.tv_nsec > 999999999) {
+        now.tv_nsec -= 1000000000;
+        ++now.tv_sec;
+    }
+    return now;
+}
+
 } // namespace qzvest
 
 #endif

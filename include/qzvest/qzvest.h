@@ -4,11 +4,14 @@
 
 #include <qzvest/base64.h>
 #include <qzvest/crc32.h>
+#include <qzvest/critical.h>
 #include <qzvest/delimited.h>
+#include <qzvest/event.h>
 #include <qzvest/file.h>
 #include <qzvest/hashid.h>
 #include <qzvest/ini.h>
 #include <qzvest/language.h>
+#include <qzvest/library.h>
 #include <qzvest/list.h>
 #include <qzvest/module.h>
 #include <qzvest/mutex.h>
@@ -19,11 +22,15 @@
 #include <qzvest/property.h>
 #include <qzvest/redblacktree.h>
 #include <qzvest/rfc1321.h>
+#include <qzvest/rwlock.h>
 #include <qzvest/sdo.h>
+#include <qzvest/semaphore.h>
+#include <qzvest/sharedmem.h>
 #include <qzvest/sizedstring.h>
 #include <qzvest/status.h>
 #include <qzvest/stringid.h>
 #include <qzvest/system.h>
+#include <qzvest/thread.h>
 #include <qzvest/transcode.h>
 #include <qzvest/typedvalue.h>
 #include <qzvest/types.h>

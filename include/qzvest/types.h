@@ -265,11 +265,42 @@ enum SMPathType {
     SM_PATH_BIN = 128
 };
 
-/* ---- Locks (mutex.h) ---- */
+/* ---- Locks and shared objects (mutex.h, semaphore.h, event.h, sharedmem.h, rwlock.h) ---- */
 
 typedef struct SMMutex SMMutex;
+typedef struct SMSemaphore SMSemaphore;
+typedef struct SMEvent SMEvent;
+typedef struct SMSharedMem SMSharedMem;
+typedef struct SMRWL SMRWL;
 
 #define SM_WAIT_FOREVER UINT32_C(0xFFFFFFFF) /* a time-out without limit */
+
+/* Access masks of the creators that end in _s: who else may open the object. Any other value has a nibble of rights for
+ * each class: others at bit 8, the group at bit 16, the owner at bit 24. */
+#define SM_ACCESS_GROUP UINT32_C(0xFFFFFFFF) /* mode 0664, what the plain creators give */
+#define SM_ACCESS_OWNER UINT32_C(0)          /* mode 0600 */
+enum SMAccessRight {
+    SM_ACCESS_ALL = 1, /* the other three are not looked at then */
+    SM_ACCESS_READ = 2,
+    SM_ACCESS_WRITE = 4,
+    SM_ACCESS_EXECUTE = 8
+};
+
+/* ---- Critical sections (critical.h) ---- */
+
+/* What runs under its own address as a lock; its result is dropped. */
+typedef uint64_t (*SMCriticalSectionFunction)(uint64_t argument);
+
+/* ---- Threads (thread.h) ---- */
+
+typedef struct SMThreadHandle SMThreadHandle;
+
+/* What a thread runs; the result is dropped. */
+typedef void *(*SMThreadRoutine)(void *argument);
+
+/* ---- Dynamic libraries (library.h) ---- */
+
+typedef struct SMLibHandle SMLibHandle;
 
 #ifdef __cplusplus
 }

@@ -1,0 +1,116 @@
+#include "ipc/event.h"
+
+#include <sys/sem.h>
+
+#include "ipc/localsem.h"
+#include "ipc/names.h"
+#include "ipc/semobject.h"
+
+struct SMEvent {
+    qzvest::SemObjectRecord record;
+    uint16_t manualReset; // 1 for manual
+};
+
+namespace qzvest {
+namespace {
+
+// How a process that opens an event learns of its kind: the set of one with manual reset has a second semaphore, which
+// is never used.
+constexpr int32_t kAutomaticSet = 1;
+constexpr int32_t kManualSet = 2;
+
+// The last argument of semctl, which its users define.
+union SemaphoreArgument {
+    int value;
+    semid_ds *status;
+};
+
+uint32_t StatusOf(const SMEvent *handle)
+{
+    return handle != nullptr ? HandleStatus(&handle->record, kKindEvent) : SM_STATUS_INVALID_PARAMETER;
+}
+
+HeapPtr<SMEvent> NewRecord(const char *name)
+{
+    return HeapPtr<SMEvent>(reinterpret_cast<SMEvent *>(SMIPCNameRecordAlloc(name, sizeof(SMEvent), kKindEvent)));
+}
+
+bool IsManualSet(int32_t setId)
+{
+    semid_ds status;
+    SemaphoreArgument argument;
+    argument.status = &status;
+    return semctl(setId, 0, IPC_STAT, argument) == 0 && status.sem_nsems == kManualSet;
+}
+
+} // namespace
+
+SMEvent *SMEventCreate(const char *name, uint16_t manualReset, uint16_t initiallySet)
+{
+    return SMEventCreate_s(name, manualReset, initiallySet, name != nullptr ? 0xFFFFFFFF : 0);
+}
+
+SMEvent *SMEventCreate_s(const char *name, uint16_t manualReset, uint16_t initiallySet, uint32_t accessMask)
+{
+    HeapPtr<SMEvent> event = NewRecord(name);
+    const int32_t semaphoreCount = manualReset == 1 ? kManualSet : kAutomaticSet;
+    const uint32_t start = initiallySet == 1 ? 1 : 0;
+    if (!event || !SemObjectCreate(event->record, semaphoreCount, start, accessMask))
+        return nullptr;
+    event->manualReset = manualReset; // the caller's also where it joined a set of the other kind
+    return event.release();
+}
+
+SMEvent *SMEventOpen(const char *name)
+{
+    if (name == nullptr)
+        return nullptr;
+    HeapPtr<SMEvent> event = NewRecord(name);
+    if (!event || !SemObjectOpen(event->record))
+        return nullptr;
+    event->manualReset = IsManualSet(static_cast<int32_t>(event->record.object.set)) ? 1 : 0;
+    return event.release();
+}
+
+// Between the wait and what follows, another thread may run: a reset may be undone, a set may be lost. This is settled.
+uint32_t SMEventWait(SMEvent *handle, uint32_t timeoutMs)
+{
+    if (const uint32_t status = StatusOf(handle); status != SM_STATUS_OK)
+        return status;
+    if (const uint32_t status = SemObjectWait(handle->record, timeoutMs); status != SM_STATUS_OK)
+        return status;
+    if (handle->manualReset == 1)
+        (void)SMEventSet(handle); // for the next waiter
+    else
+        (void)SMEventReset(handle); // with whatever earlier sets added
+    return SM_STATUS_OK;
+}
+
+uint32_t SMEventSet(SMEvent *handle)
+{
+    const uint32_t status = StatusOf(handle);
+    return status == SM_STATUS_OK ? SemObjectPost(handle->record, 1) : status;
+}
+
+uint32_t SMEventReset(SMEvent *handle)
+{
+    if (const uint32_t status = StatusOf(handle); status != SM_STATUS_OK)
+        return status;
+    const SemObjectRecord &record = handle->record;
+    if (record.head.name == nullptr)
+        return LocalSemSet(record.object.local, 0);
+    if (record.object.set == 0)
+        return SM_STATUS_FAILED;
+    SemaphoreArgument argument;
+    argument.value = 0;
+    (void)semctl(static_cast<int>(record.object.set), 0, SETVAL, argument);
+    return SM_STATUS_OK;
+}
+
+void SMEventDestroy(SMEvent *handle)
+{
+    if (StatusOf(handle) == SM_STATUS_OK)
+        SemObjectDestroy(&handle->record);
+}
+
+} // namespace qzvest

@@ -1,0 +1,88 @@
+#include "ipc/semaphore.h"
+
+#include <sys/sem.h>
+
+#include "ipc/localsem.h"
+#include "ipc/names.h"
+#include "ipc/semobject.h"
+
+struct SMSemaphore {
+    qzvest::SemObjectRecord record;
+};
+
+namespace qzvest {
+namespace {
+
+constexpr int32_t kMostCount = 32767;
+
+uint32_t StatusOf(const SMSemaphore *handle)
+{
+    return handle != nullptr ? HandleStatus(&handle->record, kKindSemaphore) : SM_STATUS_INVALID_PARAMETER;
+}
+
+HeapPtr<SemObjectRecord> NewRecord(const char *name)
+{
+    return NameRecordAlloc<SemObjectRecord>(name, kKindSemaphore);
+}
+
+SMSemaphore *HandleOf(HeapPtr<SemObjectRecord> record)
+{
+    return reinterpret_cast<SMSemaphore *>(record.release());
+}
+
+} // namespace
+
+SMSemaphore *SMSemaphoreCreate(const char *name, uint32_t initialCount)
+{
+    return SMSemaphoreCreate_s(name, initialCount, name != nullptr ? 0xFFFFFFFF : 0);
+}
+
+SMSemaphore *SMSemaphoreCreate_s(const char *name, uint32_t initialCount, uint32_t accessMask)
+{
+    if (initialCount > uint32_t{kMostCount})
+        return nullptr;
+    HeapPtr<SemObjectRecord> record = NewRecord(name);
+    if (!record || !SemObjectCreate(*record, 1, initialCount, accessMask))
+        return nullptr;
+    return HandleOf(std::move(record));
+}
+
+SMSemaphore *SMSemaphoreOpen(const char *name)
+{
+    if (name == nullptr)
+        return nullptr;
+    HeapPtr<SemObjectRecord> record = NewRecord(name);
+    if (!record || !SemObjectOpen(*record))
+        return nullptr;
+    return HandleOf(std::move(record));
+}
+
+uint32_t SMSemaphoreAcquireWait(SMSemaphore *handle, uint32_t timeoutMs)
+{
+    const uint32_t status = StatusOf(handle);
+    return status == SM_STATUS_OK ? SemObjectWait(handle->record, timeoutMs) : status;
+}
+
+uint32_t SMSemaphoreRelease(SMSemaphore *handle, int32_t count, int32_t *previous)
+{
+    if (handle == nullptr || count < 1 || count > kMostCount)
+        return SM_STATUS_INVALID_PARAMETER;
+    if (const uint32_t status = StatusOf(handle); status != SM_STATUS_OK)
+        return status;
+    const SemObjectRecord &record = handle->record;
+    if (previous != nullptr) {
+        if (record.head.name != nullptr)
+            *previous = semctl(static_cast<int>(record.object.set), 0, GETVAL);
+        else if (const uint32_t status = LocalSemGet(record.object.local, previous); status != SM_STATUS_OK)
+            return status;
+    }
+    return SemObjectPost(record, count);
+}
+
+void SMSemaphoreDestroy(SMSemaphore *handle)
+{
+    if (StatusOf(handle) == SM_STATUS_OK)
+        SemObjectDestroy(&handle->record);
+}
+
+} // namespace qzvest
