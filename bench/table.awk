@@ -13,7 +13,10 @@ BEGIN {
           "from_int32 from_uint64 from_hex from_double from_bytes from_ipv4 " \
           "to_int32 to_uint64 to_double to_bytes to_commalist to_dump to_hex to_ipv4 " \
           "xml_document xml_escape_plain xml_escape_specials " \
-          "property_read_last property_write_last stringid_lookup filelock_reader filelock_writer attach_detach", order, " ")
+          "property_read_last property_write_last stringid_lookup filelock_reader filelock_writer " \
+          "named_mutex sem_pair local_sem_pair sem_ping_pong event_ping_pong sem_create_known sem_open_known " \
+          "rwlock_read rwlock_write named_rwlock_read named_rwlock_write critical_section library_symbol " \
+          "attach_detach", order, " ")
 }
 
 $9 == "true" {
