@@ -119,7 +119,7 @@ register_product() {
         return
     fi
     in_product=on_host
-    printf '  The two programs cannot have an /etc of their own here: %s.\n' "$(head -n 1 "$log")"
+    printf '  The two programs cannot have an /etc of their own here (%s).\n' "$(head -n 1 "$log")"
     printf '  So it takes that file in the /etc of this machine, for as long as they run.\n'
     for file in /etc/vkreg.cfg /usr/lib/ext/brio/vkreg.cfg; do
         if [ -e "$file" ] || [ -L "$file" ]; then
@@ -157,12 +157,46 @@ run_product() {
     [ "$(runs_so_far)" = $((${before:-0} + 2)) ] || fail 'the service has not counted its two runs'
 }
 
+# Sets sharing to "shared" where the product's programs have the System V objects of the host. Fails where they must
+# not.
+judge_name_space() {
+    sharing=
+    # shellcheck disable=SC2086 # no word or one
+    inside=$($in_product readlink /proc/self/ns/ipc) && [ "$inside" != "$(readlink /proc/self/ns/ipc)" ] && return
+    sharing=shared
+    printf '  The programs use the System V objects of this machine; theirs are removed at the end.\n\n'
+    command -v ipcrm >/dev/null || { printf '  Left out: there is no ipcrm here to do that.\n' && return 1; }
+    if grep -qs '^ *3000[0-9][0-9] ' /proc/sysvipc/shm /proc/sysvipc/sem; then
+        printf '  Left out: there are some with the same keys already.\n'
+        return 1
+    fi
+}
+
+# Services and clients that meet by name, and whether the numbers of the publications went on.
+meet_by_name() {
+    story=$build/by_name.log
+    {
+        $in_product examples/by_name.sh "$build/examples" "$build" $sharing 2>&1 || printf '%s\n' "ended with $?"
+    } | tee "$story"
+    ! grep -q '^ended with' "$story" || fail 'the services and clients that meet by name ended with a failure'
+    if ! grep -q 'takes over .* publication 3$' "$story" || ! grep -q 'reads publication [456] ' "$story"; then
+        fail 'the second service has not gone on where the killed one ended'
+    fi
+    printf '\n  What is left was made by the killed service: its memory and the guard of that, a semaphore set that\n'
+    printf '  tells whether a service lives. Who takes a memory over does not remove the two.\n'
+    if [ -n "$sharing" ]; then
+        printf '  Both are removed now.\n'
+    else
+        printf '  Both are gone now, with the IPC name space that the programs had to themselves.\n'
+    fi
+}
+
 printf '%s\n' \
-    'This builds libqzvest and two small programs, a service and a client, and runs them five times.' \
-    'The service asks this machine about itself and hands the answers to the client as one block' \
-    'of bytes. Both need no special rights, open no port and end when they are done. In the last two' \
-    'runs they are a product with settings and texts in files, registered where they alone see it if' \
-    'the kernel allows that; otherwise the demo says what it does.' \
+    'This builds libqzvest and two small programs, a service and a client. The service asks this' \
+    'machine about itself and hands the answers to the client as one block of bytes: three times over' \
+    'a socket; twice more as a product with settings and texts in files; and at last by shared memory,' \
+    'where the two find each other by a name, and a service is killed. They need no special rights, open' \
+    'no port and end when they are done. The product is registered where they alone see it.' \
     "What is left behind: $PWD/$build, with the product's settings, where the" \
     'service counts its runs from one demo to the next, and Debian packages only where it says so.' ''
 
@@ -216,6 +250,8 @@ if [ "${#product}" -gt 200 ]; then # the library has its limit at 255, with a fi
     printf '  Left out: the path is too long to be registered.\n'
 elif register_product; then
     run_product
+    printf '\nBY NAME: processes that did not start each other share the block and survive a death\n\n'
+    ! judge_name_space || meet_by_name
 fi
 
 printf '\n%s\n' "Again without building: $PWD/$build/examples/service"

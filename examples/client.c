@@ -1,6 +1,6 @@
 /* The demo's client: receives a block on its standard input, reads it where it lies, walks it, patches it, and
  * rebuilds the object from it. Then it shows what else the library does with a text and with a file. Options
- * (options.c) choose less than that, or an XML document instead.
+ * (options.c) choose less than that, an XML document instead, or what a service publishes by name (watch.c).
  *
  * A block is trusted by whoever reads it, and so this one must come from the service that started us. */
 #include "client.h"
@@ -223,8 +223,11 @@ int main(int argc, char **argv)
 {
     Block block = {NULL, 0};
     Options options;
-    if (!ReadOptions("client", OPTION_CLIENT, argc, argv, &options)) {
+    if (!ReadOptions("client", FOR_CLIENT, argc, argv, &options)) {
         return EXIT_USAGE;
+    }
+    if (options.watch != 0) {
+        return Watch(&options);
     }
     int done = Receive(&block) && UseBlock(&block, &options);
     free(block.bytes);

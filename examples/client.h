@@ -1,9 +1,11 @@
 /* The client's own parts, besides its texts (messages.h): show.c turns values into text for people, tree.c walks a
  * block, xml.c writes one as an XML document, patch.c changes one, texts.c shows what a text of it looks like in
- * several forms, sums.c sums a file. Calls that return int give 1 when all went well and 0 after a message on standard
- * error. */
+ * several forms, sums.c sums a file, watch.c reads what a service publishes. Calls that return int give 1 when all went
+ * well and 0 after a message on standard error. */
 #ifndef EXAMPLES_CLIENT_H
 #define EXAMPLES_CLIENT_H
+
+#include "options.h"
 
 #include <qzvest/types.h>
 
@@ -54,6 +56,10 @@ int PatchAndCompare(Block *block);
 
 /* Prints host name and operating system in UTF-8, UCS-2, escaped, and as Base64. */
 int PrintTexts(const SMSDOBinary *block);
+
+/* Reads what a service publishes, as often as the options say or until there is no service any more. What the program
+ * ends with. */
+int Watch(const Options *options);
 
 /* Prints the sums of this program's executable. */
 int PrintSums(void);

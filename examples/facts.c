@@ -173,15 +173,15 @@ void GatherFacts(MachineFacts *facts, FILE *messages)
     };
     memset(facts, 0, sizeof *facts);
     for (size_t i = 0; i < sizeof steps / sizeof steps[0]; ++i) {
-        if (!steps[i].gather(facts)) {
+        if (!steps[i].gather(facts) && messages != NULL) {
             (void)fprintf(messages, "  not told   %s (%s)\n", steps[i].what, steps[i].source);
         }
     }
-    if (facts->fileSystemsLeftOut != 0) {
+    if (facts->fileSystemsLeftOut != 0 && messages != NULL) {
         (void)fprintf(messages, "  left out   file systems beyond the first %d: %" PRIu32 "\n", FACT_FILE_SYSTEMS,
                       facts->fileSystemsLeftOut);
     }
-    if (facts->fileSystemsSilent != 0) {
+    if (facts->fileSystemsSilent != 0 && messages != NULL) {
         (void)fprintf(messages, "  left out   file systems that do not tell their size: %" PRIu32 "\n",
                       facts->fileSystemsSilent);
     }

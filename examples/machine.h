@@ -19,6 +19,13 @@ enum {
 /* Bit 5 of a type byte: whoever reads the value may change it. */
 #define MACHINE_OPEN 0x20
 
+/* What the object is published by: a mutex, an event with automatic reset and a shared memory, all three of this name.
+ * The event is set after each publication; all else is done by who holds the mutex. The memory begins with the object's
+ * block, or with zeros while there is none. */
+#define MACHINE_NAME "the demo's machine"
+
+enum { MACHINE_ROOM = 65536 }; /* bytes of shared memory: no block is larger */
+
 /* IDs. They are unique over all objects, so that one table of labels serves the whole tree. */
 enum {
     MACHINE_ID_HOST = 1,         /* text */
@@ -31,6 +38,7 @@ enum {
     MACHINE_ID_FILE_SYSTEMS = 8, /* array of objects of the 80s */
     MACHINE_ID_READERS = 20,     /* number, open */
     MACHINE_ID_REMARK = 21,      /* text, open */
+    MACHINE_ID_PUBLICATION = 22, /* number, only in shared memory */
 
     MACHINE_ID_LOAD_1 = 60, /* hundredths */
     MACHINE_ID_LOAD_5 = 61,

@@ -2,8 +2,8 @@
  * sends the block to a client, a program of its own that it starts with one end of a socket pair as its
  * standard input.
  *
- * It takes options (options.c) and hands those that are the client's on to it. Where a product is registered, it can
- * keep settings there (settings.c). */
+ * It takes options (options.c) and hands those that are the client's, too, on to it. Where a product is registered, it
+ * can keep settings there (settings.c), or publish its object for clients that it knows nothing of (publish.c). */
 #include "service.h"
 #include "machine.h"
 #include "options.h"
@@ -37,8 +37,7 @@ static int SystemFailed(const char *what, int error)
     return 0;
 }
 
-/* The flat form of object, which the caller frees. */
-static void *Flatten(const SMSDOConfig *object, uint32_t *sizeOut)
+void *Flatten(const SMSDOConfig *object, uint32_t *sizeOut)
 {
     *sizeOut = SMSDOConfigGetBinarySize(object);
     void *block = malloc(*sizeOut);
@@ -76,8 +75,8 @@ static int FindClient(const char *given, char *path, size_t room)
 static int StartClient(const char *path, const Options *options, int socket, pid_t *clientOut)
 {
     char name[] = "client";
-    char *arguments[OPTION_CLIENT + 2] = {name};
-    for (int i = 0, count = 1; i < OPTION_CLIENT; ++i) {
+    char *arguments[OPTION_SHARED + 2] = {name};
+    for (int i = 0, count = 1; i < OPTION_SHARED; ++i) {
         if (options->given[i] != NULL) {
             arguments[count++] = options->given[i];
         }
@@ -200,10 +199,13 @@ int main(int argc, char **argv)
 {
     char clientPath[PATH_MAX];
     Options options;
-    if (!ReadOptions("service", OPTION_COUNT, argc, argv, &options)) {
+    if (!ReadOptions("service", FOR_SERVICE, argc, argv, &options)) {
         return EXIT_USAGE;
     }
-    if (!FindClient(options.client, clientPath, sizeof clientPath) || !Serve(clientPath, &options)) {
+    const int served = options.publish != 0
+                           ? Publish(&options)
+                           : FindClient(options.client, clientPath, sizeof clientPath) && Serve(clientPath, &options);
+    if (!served) {
         return EXIT_FAILURE;
     }
     if (fflush(stdout) != 0 || ferror(stdout)) {

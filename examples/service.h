@@ -1,5 +1,5 @@
 /* The service's own parts: facts.c and mounts.c ask the machine, describe.c puts the answers into an object,
- * settings.c keeps the settings. */
+ * settings.c keeps the settings, publish.c publishes the object in shared memory. */
 #ifndef EXAMPLES_SERVICE_H
 #define EXAMPLES_SERVICE_H
 
@@ -53,7 +53,8 @@ typedef struct MachineFacts {
     uint32_t fileSystemsSilent;  /* mounted, but would not tell their size */
 } MachineFacts;
 
-/* Asks for everything, and writes to messages a line for each thing that this machine does not tell. */
+/* Asks for everything, and writes to messages a line for each thing that this machine does not tell; messages may
+ * be NULL. */
 void GatherFacts(MachineFacts *facts, FILE *messages);
 
 /* The file systems alone. 1 when at least one is known. */
@@ -64,6 +65,12 @@ void CopyFact(char *fact, const char *text);
 
 /* The facts as an object, which is the caller's. NULL after a message when it could not be built. */
 SMSDOConfig *DescribeMachine(const MachineFacts *facts);
+
+/* The flat form of object, which the caller frees. NULL after a message. */
+void *Flatten(const SMSDOConfig *object, uint32_t *sizeOut);
+
+/* Publishes the machine's object as often as the options say. 1 when all went well. */
+int Publish(const Options *options);
 
 /* Counts this run in the file of settings that the options name, and prints it to messages. What the settings say
  * to show is written to show, of room bytes, and put into the options where they leave it open. 1 when all went well.

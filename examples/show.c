@@ -54,6 +54,7 @@ const char *LabelOf(uint16_t id)
         {MACHINE_ID_FILE_SYSTEMS, "file systems"},
         {MACHINE_ID_READERS, "readers"},
         {MACHINE_ID_REMARK, "remark"},
+        {MACHINE_ID_PUBLICATION, "publication"},
         {MACHINE_ID_LOAD_1, "over 1 minute"},
         {MACHINE_ID_LOAD_5, "over 5 minutes"},
         {MACHINE_ID_LOAD_15, "over 15 minutes"},
