@@ -27,20 +27,6 @@ constexpr mode_t kDefaultMode = 0644;
 constexpr mode_t kOwnerBits = 0700;
 constexpr size_t kCopyBlock = size_t{128} * 1024;
 
-bool WriteAll(int descriptor, const char *bytes, size_t size)
-{
-    while (size > 0) {
-        const ssize_t written = write(descriptor, bytes, size);
-        if (written < 0 && errno != EINTR)
-            return false;
-        if (written > 0) {
-            bytes += written;
-            size -= static_cast<size_t>(written);
-        }
-    }
-    return true;
-}
-
 // The pieces as one; NULL when memory runs out.
 HeapPtr<char> Join(std::initializer_list<std::string_view> pieces, size_t &size)
 {
@@ -100,7 +86,7 @@ bool Rewrite::CopyTo(int64_t end)
         const ssize_t got = pread(input_, block_.get(), wanted, copied_);
         if (got < 0 && errno == EINTR)
             continue;
-        if (got <= 0 || !WriteAll(output_, block_.get(), static_cast<size_t>(got)))
+        if (got <= 0 || !WriteFully(output_, block_.get(), static_cast<size_t>(got)))
             return false;
         copied_ += got;
     }
@@ -120,7 +106,7 @@ uint32_t Rewrite::WriteKeyAndRest(const char *key, const char *value, int64_t re
         const HeapPtr<char> line = Join({key, "=", value, "\n"}, size);
         if (!line)
             return SM_STATUS_NO_MEMORY;
-        if (!WriteAll(output_, line.get(), size))
+        if (!WriteFully(output_, line.get(), size))
             return SM_STATUS_LIMIT_REACHED;
     }
     copied_ = restStart;
@@ -257,8 +243,9 @@ uint32_t AppendSection(const char *section, const char *key, const char *value, 
     (void)fchmod(file.Get(), mode); // of somebody else's file it stays as it is
     struct stat before;
     const bool known = fstat(file.Get(), &before) == 0;
-    const bool written = (size == 0 || WriteAll(file.Get(), "\n", 1)) &&
-                         WriteAll(file.Get(), header.get(), headerSize) && WriteAll(file.Get(), line.get(), lineSize);
+    const bool written = (size == 0 || WriteFully(file.Get(), "\n", 1)) &&
+                         WriteFully(file.Get(), header.get(), headerSize) &&
+                         WriteFully(file.Get(), line.get(), lineSize);
     if (!written && known)
         (void)ftruncate(file.Get(), before.st_size); // a part of a header would spoil the sections behind it
     return file.Close() && written ? SM_STATUS_OK : SM_STATUS_LIMIT_REACHED;

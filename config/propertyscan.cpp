@@ -11,6 +11,7 @@
 #include <string_view>
 
 #include "config/linereader.h"
+#include "os/file.h"
 
 namespace qzvest {
 namespace {
@@ -160,20 +161,6 @@ struct Room {
     }
 };
 
-bool WriteAll(int output, const char *bytes, size_t size)
-{
-    while (size != 0) {
-        const ssize_t done = write(output, bytes, size);
-        if (done < 0 && errno != EINTR)
-            return false;
-        if (done > 0) {
-            bytes += done;
-            size -= static_cast<size_t>(done);
-        }
-    }
-    return true;
-}
-
 struct Copier {
     int input;
     int output;
@@ -189,7 +176,7 @@ struct Copier {
                 continue;
             if (got <= 0)
                 return got == 0 && end < 0 ? SM_STATUS_OK : SM_STATUS_FAILED;
-            if (!WriteAll(output, block.get(), static_cast<size_t>(got)))
+            if (!WriteFully(output, block.get(), static_cast<size_t>(got)))
                 return writeFailure;
             begin += got;
         }
@@ -253,7 +240,7 @@ uint32_t PropertyReplace(int input, int output, const char *key, const char *ent
     const uint32_t status = copier.Copy(0, start, SM_STATUS_FAILED);
     if (status != SM_STATUS_OK)
         return status;
-    if (!WriteAll(output, entry, entrySize))
+    if (!WriteFully(output, entry, entrySize))
         return SM_STATUS_LIMIT_REACHED;
     return copier.Copy(lines.Place(), -1, SM_STATUS_LIMIT_REACHED);
 }

@@ -15,6 +15,7 @@
 #include "ipc/filelock.h"
 #include "ipc/paths.h"
 #include "ipc/semset.h"
+#include "log/limits.h"
 #include "os/ipv4.h"
 #include "os/library.h"
 #include "text/format.h"
@@ -40,6 +41,7 @@ constexpr AttachStep kSteps[] = {
     {NetworkAttach, NetworkDetach},
     {IPCAttach, IPCPathsFree},
     {CriticalSectionAttach, CriticalSectionDetach},
+    {LogRegistryAttach, LogRegistryDetach},
     {FormatLockAttach, FormatLockDetach},
     {LibraryCacheAttach, LibraryCacheDetach},
     {CRC32TableAttach, CRC32TableDetach},

@@ -178,14 +178,13 @@ uint32_t SMGetTmpFile(const char *directory, char *buffer, uint32_t *size)
 uint32_t SMGetSizeOfFile(const char *path, uint32_t *size)
 {
     *size = 0;
-    FILE *file = std::fopen(path, "rbe");
-    if (file == nullptr)
+    const Descriptor file(open(path, O_RDONLY | O_CLOEXEC));
+    struct stat status;
+    if (!file || fstat(file.Get(), &status) != 0)
         return SM_STATUS_FAILED;
-    const long start = std::ftell(file);
-    const long end = start >= 0 && std::fseek(file, 0, SEEK_END) == 0 ? std::ftell(file) : -1;
-    const bool found = end >= 0 && std::fseek(file, start, SEEK_SET) == 0;
-    std::fclose(file);
-    if (!found)
+    // Files made up by the system have a size, but may have no end to go to.
+    const off_t end = S_ISREG(status.st_mode) ? status.st_size : lseek(file.Get(), 0, SEEK_END);
+    if (end < 0)
         return SM_STATUS_FAILED;
     *size = static_cast<uint32_t>(end);
     return SM_STATUS_OK;
@@ -254,6 +253,21 @@ mode_t SMFileModeGet(const char *path, mode_t defaultMode, uint32_t flags)
     if (stat(path, &status) != 0)
         return defaultMode;
     return status.st_mode & ((flags & kKeepSticky) != 0 ? kStickyModeBits : kPlainModeBits);
+}
+
+bool WriteFully(int descriptor, const void *bytes, size_t size)
+{
+    const auto *at = static_cast<const char *>(bytes);
+    while (size > 0) {
+        const ssize_t written = write(descriptor, at, size);
+        if (written < 0 && errno != EINTR)
+            return false;
+        if (written > 0) {
+            at += written;
+            size -= static_cast<size_t>(written);
+        }
+    }
+    return true;
 }
 
 HeapPtr<char> BackupPathOf(const char *path)

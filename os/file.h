@@ -32,6 +32,9 @@ void SMFileListFree(SMFileList *list);
 enum FileModeFlag : uint32_t { kKeepSticky = 1 };
 mode_t SMFileModeGet(const char *path, mode_t defaultMode, uint32_t flags);
 
+// Writes all of it, however many calls that takes. False when a write fails.
+bool WriteFully(int descriptor, const void *bytes, size_t size);
+
 // Where SMSafeFileReplace keeps the old version; empty when memory runs out.
 HeapPtr<char> BackupPathOf(const char *path);
 

@@ -7,6 +7,7 @@
 #include <qzvest/critical.h>
 #include <qzvest/delimited.h>
 #include <qzvest/event.h>
+#include <qzvest/eventlog.h>
 #include <qzvest/file.h>
 #include <qzvest/hashid.h>
 #include <qzvest/ini.h>
@@ -22,6 +23,7 @@
 #include <qzvest/property.h>
 #include <qzvest/redblacktree.h>
 #include <qzvest/rfc1321.h>
+#include <qzvest/rotatedlog.h>
 #include <qzvest/rwlock.h>
 #include <qzvest/sdo.h>
 #include <qzvest/semaphore.h>
@@ -37,5 +39,6 @@
 #include <qzvest/ucs2.h>
 #include <qzvest/utf8.h>
 #include <qzvest/xml.h>
+#include <qzvest/xmllog.h>
 
 #endif

@@ -231,6 +231,60 @@ enum {
     SM_FILE_LIST_DESCENDING = 16
 };
 
+/* ---- Network addresses (netaddress.h) ---- */
+
+/* Families of addresses: codes of this library, not the system's. */
+enum { SM_FAMILY_IPV4 = 1, SM_FAMILY_IPV6 = 2 };
+
+/* Which addresses of this machine are listed. */
+enum { SM_SCOPE_BOTH = 0, SM_SCOPE_IPV4 = 1, SM_SCOPE_IPV6 = 2 };
+
+/* An IPv4 address as text. */
+typedef struct SMIPAddrSlot {
+    char text[16];
+} SMIPAddrSlot;
+
+/* An address of either family as text. */
+typedef struct SMInetAddrRecord {
+    uint16_t family;   /* SM_FAMILY_IPV4 or SM_FAMILY_IPV6 */
+    uint16_t reserved; /* 0 */
+    char text[256];
+} SMInetAddrRecord;
+
+/* ---- Event logs (eventlog.h) ---- */
+
+/* Targets of an event, to be or'ed. */
+enum { SM_LOG_SYSTEM = 2, SM_LOG_TEXT = 4, SM_LOG_XML = 8 };
+
+/* Types of an event. */
+enum SMLogType {
+    SM_LOG_TYPE_NONE = 0,
+    SM_LOG_TYPE_ERROR = 1,
+    SM_LOG_TYPE_WARNING = 2,
+    SM_LOG_TYPE_INFORMATION = 4,
+    SM_LOG_TYPE_AUDIT_SUCCESS = 8,
+    SM_LOG_TYPE_AUDIT_FAILURE = 16
+};
+
+/* Categories of an event: the parts of the suite. */
+enum SMLogCategory {
+    SM_LOG_RECORD_BROKER = 1,
+    SM_LOG_GAUGEWORK_SERVICE = 2,
+    SM_LOG_VOLUME_SERVICE = 3,
+    SM_LOG_BRIDGE_LINK_SERVICE = 4,
+    SM_LOG_HOST_AGENT_FRAME = 5,
+    SM_LOG_PACKAGE_LEDGER = 6
+};
+
+/* ---- Rotated logs (rotatedlog.h) ---- */
+
+/* Flags of a message, to be or'ed. */
+enum {
+    SM_ROTATED_TIME = 1,     /* the local time in front */
+    SM_ROTATED_THREAD = 2,   /* process and thread number in front, behind the time */
+    SM_ROTATED_LINE_FEED = 4 /* a line feed behind */
+};
+
 /* ---- INI files (ini.h) ---- */
 
 /* What a value is in memory, and how its text in the file is formed. */

@@ -1,0 +1,70 @@
+#include "log/logfile.h"
+
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstring>
+#include <iterator>
+
+#include "frame/heap.h"
+#include "ipc/filelock.h"
+#include "os/file.h"
+
+namespace qzvest {
+namespace {
+
+constexpr const char *kCategories[] = {nullptr,          "Record Broker",       "Gaugework Service",
+                                       "Volume Service", "Bridge Link Service", "Host Agent Frame",
+                                       "Package Ledger"};
+constexpr size_t kMostPath = 255;
+constexpr int16_t kWait = 1;
+
+} // namespace
+
+const char *LogCategoryName(uint16_t category)
+{
+    return category < std::size(kCategories) ? kCategories[category] : nullptr;
+}
+
+uint32_t MakeLogDirectory(const char *path)
+{
+    const char *slash = std::strrchr(path, '/');
+    if (slash == nullptr || slash == path)
+        return SM_STATUS_OK;
+    const auto length = static_cast<size_t>(slash - path);
+    const HeapPtr<char> directory = HeapRoom<char>(length + 1);
+    if (!directory)
+        return SM_STATUS_NO_MEMORY;
+    std::memcpy(directory.get(), path, length);
+    directory.get()[length] = '\0';
+    return SMMkDir(directory.get());
+}
+
+uint32_t BackUpLog(const char *path)
+{
+    const size_t length = std::strlen(path);
+    if (length < 2)
+        return SM_STATUS_INVALID_PARAMETER;
+    if (length > kMostPath)
+        return SM_STATUS_BUFFER_TOO_SMALL;
+    const HeapPtr<char> backup = HeapRoom<char>(length + 1);
+    if (!backup)
+        return SM_STATUS_NO_MEMORY;
+    std::memcpy(backup.get(), path, length + 1);
+    backup.get()[length - 1] = '_';
+    const FileLockGuard lock(path, kFileLockWriter, kWait);
+    if (lock.Status() != SM_STATUS_OK)
+        return lock.Status();
+    (void)unlink(backup.get());
+    return std::rename(path, backup.get()) == 0 ? SM_STATUS_OK : SM_STATUS_FAILED;
+}
+
+uint32_t DeleteLog(const char *path)
+{
+    const FileLockGuard lock(path, kFileLockWriter, kWait);
+    if (lock.Status() != SM_STATUS_OK)
+        return lock.Status();
+    return SMDeleteFile(path);
+}
+
+} // namespace qzvest

@@ -1,0 +1,32 @@
+// What the text log and the XML log have in common.
+#ifndef LOG_LOGFILE_H
+#define LOG_LOGFILE_H
+
+#include <sys/stat.h>
+
+#include <qzvest/status.h>
+#include <qzvest/types.h>
+
+namespace qzvest {
+
+constexpr mode_t kLogMode = 0664; // of a log that is not there yet
+constexpr uint32_t kMostLogData = 32768;
+constexpr uint16_t kNoticeType = SM_LOG_TYPE_INFORMATION; // of the events that the logs write about themselves
+constexpr uint16_t kNoticeCategory = SM_LOG_RECORD_BROKER;
+constexpr const char *kBackupNotice = "Log backup created";
+constexpr const char *kClearNotice = "Log was cleared";
+
+// NULL for a category that there is not.
+const char *LogCategoryName(uint16_t category);
+
+// The directory of a log, one level. SM_STATUS_FAILED, SM_STATUS_NO_MEMORY.
+uint32_t MakeLogDirectory(const char *path);
+
+// Moves a log to its backup, whose name ends in an underscore instead of the last character. The backup before it goes.
+uint32_t BackUpLog(const char *path);
+
+uint32_t DeleteLog(const char *path);
+
+} // namespace qzvest
+
+#endif
