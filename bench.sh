@@ -7,7 +7,7 @@ cd "$(dirname "$0")"
 needed="g++ cmake ninja-build libgtest-dev libgmock-dev libbenchmark-dev"
 peers="libflatbuffers-dev flatbuffers-compiler libprotobuf-dev protobuf-compiler libglib2.0-dev pkg-config libbsd-dev
 libicu-dev zlib1g-dev libdeflate-dev libssl-dev libb64-dev libfmt-dev
-libxml2-dev libiniparser-dev libinih-dev libboost-dev"
+libxml2-dev libiniparser-dev libinih-dev libboost-dev libspdlog-dev"
 
 sudo=
 [ "$(id -u)" -eq 0 ] || sudo=sudo
@@ -33,12 +33,12 @@ cmake --build --preset release --target benchmarks sandbox >&2
 results=$build/bench/results.csv
 : >"$results"
 programs="frame_bench sdo_bench containers_bench list_bench lock_bench digest_bench text_bench print_bench values_bench
-xml_bench config_bench ipc_bench"
+xml_bench config_bench ipc_bench log_bench"
 for program in $programs; do
     echo "running $program" >&2
     sandbox=
     case $program in
-    config_bench | ipc_bench) # they have the library's files at their fixed places
+    config_bench | ipc_bench | log_bench) # they have the library's files at their fixed places
         sandbox=$build/tests/support/sandbox
         "$sandbox" true || { echo "left out: $program" >&2; continue; }
         ;;

@@ -1,4 +1,4 @@
-// What the files of ipc_bench have in common.
+// What the files of ipc_bench have in common. log_bench takes its processes from here, too.
 #ifndef BENCH_IPC_DATA_H
 #define BENCH_IPC_DATA_H
 
@@ -26,7 +26,7 @@ constexpr const char *kName = "bench";
 inline void Need(bool done)
 {
     if (!done) {
-        std::perror("ipc_bench");
+        std::perror("bench");
         std::abort();
     }
 }

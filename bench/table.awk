@@ -16,7 +16,9 @@ BEGIN {
           "property_read_last property_write_last stringid_lookup filelock_reader filelock_writer " \
           "named_mutex sem_pair local_sem_pair sem_ping_pong event_ping_pong sem_create_known sem_open_known " \
           "rwlock_read rwlock_write named_rwlock_read named_rwlock_write critical_section library_symbol " \
-          "attach_detach", order, " ")
+          "log_text log_xml log_both log_system rotated_line rotated_prefix " \
+          "log_text_contended log_xml_contended log_both_contended log_system_contended " \
+          "rotated_line_contended rotated_prefix_contended attach_detach", order, " ")
 }
 
 $9 == "true" {
