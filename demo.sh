@@ -9,6 +9,8 @@ document=$build/machine.xml
 product=$PWD/$build/product
 registration=$product/vkreg.cfg
 settings=$product/ini/machine.ini
+text_log=$product/log/qzsys64.log
+xml_log=$product/log/qzsys64.xml
 
 fail() {
     printf 'demo.sh: %s\n' "$*" >&2
@@ -83,12 +85,12 @@ compare() {
 }
 
 # A product of the demo's own: where it lies, its texts, and the directory of the library's lock files. Its settings
-# stay from the last time.
+# and logs stay from the last time.
 make_product() {
     mkdir -p "$product/ini" "$product/.ipc" &&
         cp examples/qzsdst64.ini "$product/ini/" &&
         printf '%s\n' "Gaugework.installpath=$product" "Gaugework.inipath=$product" \
-            "vestlib.vardatapath=$product" >"$registration"
+            "Gaugework.logpath=$product" "vestlib.vardatapath=$product" >"$registration"
 }
 
 # Runs a command where /etc/vkreg.cfg is the product's registration file, and what it changes in /etc its own.
@@ -144,17 +146,53 @@ runs_so_far() {
     [ ! -e "$settings" ] || sed -n 's/^runs=//p' "$settings"
 }
 
-# The product's two runs, and whether the service has counted them.
+# judge_xml FILE: whether it is a document.
+judge_xml() {
+    printf '  %s bytes in all, ' "$(wc -c <"$1")"
+    if ! command -v xmllint >/dev/null; then
+        printf 'not checked: there is no xmllint here\n'
+    elif xmllint --noout "$1" >"$log" 2>&1; then
+        printf 'and xmllint finds them well-formed\n'
+    else
+        printf 'and xmllint finds them NOT WELL-FORMED\n'
+        cat "$log" >&2
+        fail "xmllint does not take $1"
+    fi
+}
+
+# The last two records of both logs, and whether the last is the end of process $1.
+show_logs() {
+    heading "The last two records of $text_log"
+    if ! command -v iconv >/dev/null; then
+        printf '  Not shown: it is UTF-16, and there is no iconv here.\n'
+    else
+        iconv -f UTF-16LE -t UTF-8 "$text_log" >"$log" || fail "iconv does not take $text_log"
+        tr -d '\r' <"$log" | awk '/^EventID: / { before = last; last = "" } /./ { last = last "  " $0 "\n" }
+            END { printf "%s\n%s", before, last }'
+        tail -n 4 "$log" | grep -q "^process $1 ends" || fail 'the text log does not end with the end of the last run'
+    fi
+    heading "The same of $xml_log"
+    sed 's/<LogEntry>/\n&/g' "$xml_log" | tail -n 2 | fold -w 96 | sed 's/^/  /'
+    printf '\n\n'
+    judge_xml "$xml_log"
+    grep -q ">process $1 ends</Description><Data></Data></LogEntry></EventLog>\$" "$xml_log" ||
+        fail 'the XML log does not end with the end of the last run'
+}
+
+# The product's two runs, and whether the service has counted and logged them.
 run_product() {
     before=$(runs_so_far)
     printf '\n  LANG=de service settings=machine.ini\n\n'
-    LANG=de $in_product "$build/examples/service" settings=machine.ini 2>&1 || fail 'the product ended with a failure'
+    LANG=de quietly 'The product' $in_product "$build/examples/service" settings=machine.ini
+    cat "$log"
     printf '\n  service settings=machine.ini language=fr\n\n'
-    $in_product "$build/examples/service" settings=machine.ini language=fr 2>&1 ||
-        fail 'the product ended with a failure'
+    quietly 'The product' $in_product "$build/examples/service" settings=machine.ini language=fr
+    cat "$log"
+    process=$(sed -n 's/^SERVICE, process \([0-9]*\),.*/\1/p' "$log")
     heading "The settings now, yours to change: $settings"
     sed 's/^/  /' "$settings"
     [ "$(runs_so_far)" = $((${before:-0} + 2)) ] || fail 'the service has not counted its two runs'
+    show_logs "$process"
 }
 
 # Sets sharing to "shared" where the product's programs have the System V objects of the host. Fails where they must
@@ -194,10 +232,10 @@ meet_by_name() {
 printf '%s\n' \
     'This builds libqzvest and two small programs, a service and a client. The service asks this' \
     'machine about itself and hands the answers to the client as one block of bytes: three times over' \
-    'a socket; twice more as a product with settings and texts in files; and at last by shared memory,' \
+    'a socket; twice more as a product with settings, texts and logs; and at last by shared memory,' \
     'where the two find each other by a name, and a service is killed. They need no special rights, open' \
     'no port and end when they are done. The product is registered where they alone see it.' \
-    "What is left behind: $PWD/$build, with the product's settings, where the" \
+    "What is left behind: $PWD/$build, with the product's logs and settings, where the" \
     'service counts its runs from one demo to the next, and Debian packages only where it says so.' ''
 
 if ! mkdir -p "$build" 2>/dev/null || [ ! -w "$build" ]; then
@@ -230,18 +268,10 @@ if ! "$build/examples/service" format=xml >"$document" 2>"$log"; then
     fail 'the demo with format=xml ended with a failure'
 fi
 head -c 300 "$document" | fold -w 96 | sed 's/^/  /'
-printf ' ...\n\n  %s bytes in all, ' "$(wc -c <"$document")"
-if ! command -v xmllint >/dev/null; then
-    printf 'not checked: there is no xmllint here\n'
-elif xmllint --noout "$document" >"$log" 2>&1; then
-    printf 'and xmllint finds them well-formed\n'
-else
-    printf 'and xmllint finds them NOT WELL-FORMED\n'
-    cat "$log" >&2
-    fail 'xmllint does not take the document'
-fi
+printf ' ...\n\n'
+judge_xml "$document"
 
-printf '\nAGAIN, twice, as a product with settings and texts in files\n\n'
+printf '\nAGAIN, twice, as a product with settings, texts and logs in files\n\n'
 make_product || fail "cannot make $product"
 printf '  The library finds the product by its registration file, /etc/vkreg.cfg:\n\n'
 sed 's/^/    /' "$registration"

@@ -53,7 +53,8 @@ static void PrintUsage(const char *program, uint32_t user)
         (void)fprintf(stderr,
                       "  PATH      the client's program; without this option the one beside the service\n"
                       "  NAME      of the service's INI file of settings, in the directory ini of the product:\n"
-                      "            runs=NUMBER, and show=GROUPS for when there is no such option\n"
+                      "            runs=NUMBER, show=GROUPS for when there is no such option, and\n"
+                      "            mostload=HUNDREDTHS; start, end and a load above that go into the product's logs\n"
                       "  publish   no client is started: the object goes into a shared memory that clients find by\n"
                       "            name, so many TIMES, every so many MS, else 1000; in the TIME of hang the service\n"
                       "            does nothing but keep the mutex, until it is killed\n");

@@ -3,7 +3,8 @@
  * standard input.
  *
  * It takes options (options.c) and hands those that are the client's, too, on to it. Where a product is registered, it
- * can keep settings there (settings.c), or publish its object for clients that it knows nothing of (publish.c). */
+ * can keep settings there (settings.c) and log what happens (events.c), or publish its object for clients that it knows
+ * nothing of (publish.c). */
 #include "service.h"
 #include "machine.h"
 #include "options.h"
@@ -168,18 +169,15 @@ static void PrintObject(FILE *messages, const MachineFacts *facts, const SMSDOCo
     (void)fprintf(messages, "  sends      that block over a socket to the client, a program of its own\n");
 }
 
-static int Serve(const char *clientPath, Options *options)
+/* Without settings there is no limit for what a sample may be, and nothing is logged. */
+static int ServeMachine(const char *clientPath, const Options *options, const Settings *settings, FILE *messages)
 {
-    FILE *messages = options->format == FORMAT_XML ? stderr : stdout; /* the document stands alone */
     MachineFacts facts;
-    char show[FACT_TEXT];
     uint32_t size;
-    (void)fprintf(messages, "SERVICE, process %ld, with libqzvest %" PRIu32 ".%" PRIu32 ".%" PRIu32 "\n",
-                  (long)getpid(), VESTGetMajorVersion(), VESTGetMinorVersion(), VESTGetRevision());
-    if (options->settings != NULL && !UseSettings(options, messages, show, sizeof show)) {
-        return 0;
-    }
     GatherFacts(&facts, messages);
+    if (settings != NULL) {
+        LogSamples(&facts, settings->mostLoad, messages);
+    }
     SMSDOConfig *object = DescribeMachine(&facts);
     if (object == NULL) {
         return 0;
@@ -192,6 +190,24 @@ static int Serve(const char *clientPath, Options *options)
     }
     free(block);
     SMSDOConfigFree(object);
+    return served;
+}
+
+static int Serve(const char *clientPath, Options *options)
+{
+    FILE *messages = options->format == FORMAT_XML ? stderr : stdout; /* the document stands alone */
+    Settings settings;
+    (void)fprintf(messages, "SERVICE, process %ld, with libqzvest %" PRIu32 ".%" PRIu32 ".%" PRIu32 "\n",
+                  (long)getpid(), VESTGetMajorVersion(), VESTGetMinorVersion(), VESTGetRevision());
+    if (options->settings == NULL) {
+        return ServeMachine(clientPath, options, NULL, messages);
+    }
+    if (!UseSettings(options, messages, &settings)) {
+        return 0;
+    }
+    LogStart();
+    const int served = ServeMachine(clientPath, options, &settings, messages);
+    LogEnd(served);
     return served;
 }
 

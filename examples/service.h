@@ -1,5 +1,5 @@
 /* The service's own parts: facts.c and mounts.c ask the machine, describe.c puts the answers into an object,
- * settings.c keeps the settings, publish.c publishes the object in shared memory. */
+ * settings.c keeps the settings, events.c logs, publish.c publishes the object in shared memory. */
 #ifndef EXAMPLES_SERVICE_H
 #define EXAMPLES_SERVICE_H
 
@@ -72,10 +72,20 @@ void *Flatten(const SMSDOConfig *object, uint32_t *sizeOut);
 /* Publishes the machine's object as often as the options say. 1 when all went well. */
 int Publish(const Options *options);
 
+typedef struct Settings {
+    char show[FACT_TEXT]; /* as an option */
+    uint32_t mostLoad;    /* hundredths, over 1 minute; more is logged */
+} Settings;
+
 /* Counts this run in the file of settings that the options name, and prints it to messages. What the settings say
- * to show is written to show, of room bytes, and put into the options where they leave it open. 1 when all went well.
- */
-int UseSettings(Options *options, FILE *messages, char *show, uint32_t room);
+ * to show is put into the options where they leave it open, and points into settings. 1 when all went well. */
+int UseSettings(Options *options, FILE *messages, Settings *settings);
+
+/* Log an event of the service in the log files of the registered product; the samples are those out of range, and
+ * messages tells of them, too. */
+void LogStart(void);
+void LogSamples(const MachineFacts *facts, uint32_t mostLoad, FILE *messages);
+void LogEnd(int served);
 
 /* Prints what failed, with the library's status. */
 void ServiceFailed(const char *what, uint32_t status);

@@ -49,15 +49,29 @@ static int CountRun(const char *file, uint32_t *runsOut, int *isNewOut)
     return status == SM_STATUS_OK || Failed("writing", file, status);
 }
 
+/* Low enough that there is mostly something to log. A file that lacks the limit gets it. */
+static int ReadMostLoad(const char *file, uint32_t *load)
+{
+    static const uint32_t otherwise = 10;
+    uint32_t size = sizeof *load;
+    uint32_t status =
+        SMReadINIFileValue(section, "mostload", INI_TYPE_UINT32, load, &size, &otherwise, sizeof otherwise, file, 1);
+    if (status == SM_STATUS_INI_NO_KEY) {
+        status = SMWriteINIFileValue(section, "mostload", INI_TYPE_UINT32, &otherwise, sizeof otherwise, file, 1);
+        return status == SM_STATUS_OK || Failed("writing", file, status);
+    }
+    return status == SM_STATUS_OK || Failed("reading", file, status);
+}
+
 /* The setting becomes the option that was not given. */
-static int ReadShow(const char *file, Options *options, char *show, uint32_t room)
+static int ReadShow(const char *file, Options *options, Settings *settings)
 {
     static const char option[] = "show=";
-    uint32_t size = room - (uint32_t)strlen(option);
-    char *value = strcpy(show, option) + strlen(option);
+    uint32_t size = (uint32_t)(sizeof settings->show - strlen(option));
+    char *value = strcpy(settings->show, option) + strlen(option);
     const uint32_t status = SMReadINIFileValue(section, "show", INI_TYPE_UTF8, value, &size, NULL, 0, file, 1);
     if (status == SM_STATUS_OK) {
-        options->given[OPTION_SHOW] = show;
+        options->given[OPTION_SHOW] = settings->show;
         return 1;
     }
     return status == SM_STATUS_INI_NO_KEY || Failed("reading", file, status);
@@ -70,7 +84,7 @@ static void PrintSettings(FILE *messages, const char *path, uint32_t runs, int i
                   asked != NULL ? asked : "");
 }
 
-int UseSettings(Options *options, FILE *messages, char *show, uint32_t room)
+int UseSettings(Options *options, FILE *messages, Settings *settings)
 {
     const char *file = options->settings;
     const int isAsked = options->given[OPTION_SHOW] == NULL && options->format == FORMAT_TEXT;
@@ -82,7 +96,8 @@ int UseSettings(Options *options, FILE *messages, char *show, uint32_t room)
         (void)fprintf(stderr, "service: no product is registered here that could keep the settings\n");
         return 0;
     }
-    const int isRead = CountRun(file, &runs, &isNew) && (!isAsked || ReadShow(file, options, show, room));
+    const int isRead = CountRun(file, &runs, &isNew) && ReadMostLoad(file, &settings->mostLoad) &&
+                       (!isAsked || ReadShow(file, options, settings));
     if (isRead) {
         PrintSettings(messages, path, runs, isNew, isAsked ? options->given[OPTION_SHOW] : NULL);
     }
