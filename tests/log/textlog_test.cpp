@@ -20,6 +20,7 @@
 #include "os/ipv4.h"
 #include "support/sweep.h"
 #include "support/systemlog.h"
+#include "support/trace.h"
 
 namespace {
 
@@ -397,6 +398,42 @@ TEST_F(TextLog, MemoryRunsOut)
     EXPECT_EQ(Failing(1, [] { return SMClearLog(SM_LOG_TEXT, 3, "who"); }), SM_STATUS_FAILED);
     uint32_t size = 0;
     EXPECT_EQ(Failing(1, [&] { return SMGetBackupLogPathFileName(0, nullptr, &size); }), SM_STATUS_NO_MEMORY);
+}
+
+TEST_F(TextLog, AKilledWriterLeavesWholeLines)
+{
+    if (const std::string reason = TraceHindrance(); !reason.empty())
+        GTEST_SKIP() << reason;
+    int points = 0;
+    for (const std::string &before : {std::string(), kHeader + kPlain}) {
+        const std::string whole = (before.empty() ? kHeader : before) + kPlain;
+        for (int nth = 1;; ++nth) {
+            SCOPED_TRACE(nth);
+            fs::remove(kLog);
+            if (!before.empty())
+                WriteText(kLog, before);
+            const auto append = [] { return Append(1, 3) == SM_STATUS_OK ? 0 : 1; };
+            const TraceOutcome outcome = Trace(
+                [append] {
+                    TraceBegin();
+                    const int result = append();
+                    TraceEnd();
+                    return result;
+                },
+                {nth, 0, nullptr});
+            const std::string left = fs::exists(kLog) ? Content(kLog) : "";
+            EXPECT_TRUE(whole.starts_with(left));
+            EXPECT_TRUE(left.empty() || left.ends_with(Wide("\n"))) << left;
+            EXPECT_EQ(InOtherProcess(append), 0);
+            EXPECT_EQ(Content(kLog), left + (left.size() < 256 ? kHeader : "") + kPlain);
+            if (!outcome.reached) {
+                EXPECT_EQ(left, whole);
+                break;
+            }
+            ++points;
+        }
+    }
+    std::printf("%d crash points\n", points);
 }
 
 } // namespace
