@@ -40,37 +40,26 @@ bool ParseBool(char *text, void *value)
     return true;
 }
 
-bool ParseUInt32(char *text, void *value)
+// The low half of what the C library reads in 64 bits.
+uint32_t Low32Unsigned(const char *text)
 {
-    const auto result = static_cast<uint32_t>(std::strtoul(text, nullptr, 10));
-    std::memcpy(value, &result, sizeof result);
-    return true;
+    return static_cast<uint32_t>(std::strtoul(text, nullptr, 10));
 }
 
-bool ParseInt32(char *text, void *value)
+int32_t Low32Signed(const char *text)
 {
-    const auto result = static_cast<uint32_t>(std::strtol(text, nullptr, 10));
-    std::memcpy(value, &result, sizeof result);
-    return true;
+    return static_cast<int32_t>(std::strtol(text, nullptr, 10));
 }
 
-bool ParseUInt64(char *text, void *value)
+double Double(const char *text)
 {
-    const uint64_t result = UTF8StrToUInt64(text);
-    std::memcpy(value, &result, sizeof result);
-    return true;
+    return std::strtod(text, nullptr);
 }
 
-bool ParseInt64(char *text, void *value)
+template <typename Number, Number (*kRead)(const char *)>
+bool ParseNumber(char *text, void *value)
 {
-    const int64_t result = UTF8StrToInt64(text);
-    std::memcpy(value, &result, sizeof result);
-    return true;
-}
-
-bool ParseDouble(char *text, void *value)
-{
-    const double result = std::strtod(text, nullptr);
+    const Number result = kRead(text);
     std::memcpy(value, &result, sizeof result);
     return true;
 }
@@ -84,32 +73,13 @@ void PrintBool(const void *value, char *text)
     (void)strcpy_s(text, kNumberText, word == 1 ? "TRUE" : "FALSE");
 }
 
-void PrintUInt32(const void *value, char *text)
+// kWrite takes the number widened to 64 bits.
+template <typename Number, auto kWrite>
+void PrintNumber(const void *value, char *text)
 {
-    uint32_t number;
+    Number number;
     std::memcpy(&number, value, sizeof number);
-    UInt64ToUTF8Str(text, number);
-}
-
-void PrintInt32(const void *value, char *text)
-{
-    int32_t number;
-    std::memcpy(&number, value, sizeof number);
-    Int64ToUTF8Str(text, number);
-}
-
-void PrintUInt64(const void *value, char *text)
-{
-    uint64_t number;
-    std::memcpy(&number, value, sizeof number);
-    UInt64ToUTF8Str(text, number);
-}
-
-void PrintInt64(const void *value, char *text)
-{
-    int64_t number;
-    std::memcpy(&number, value, sizeof number);
-    Int64ToUTF8Str(text, number);
+    kWrite(text, number);
 }
 
 void PrintDouble(const void *value, char *text)
@@ -127,10 +97,16 @@ struct FixedType {
     void (*print)(const void *value, char *text);
 };
 
+// clang-format off
 constexpr FixedType kFixedTypes[] = {
-    {2, ParseBool, PrintBool},     {4, ParseUInt32, PrintUInt32}, {4, ParseInt32, PrintInt32},
-    {8, ParseUInt64, PrintUInt64}, {8, ParseInt64, PrintInt64},   {8, ParseDouble, PrintDouble},
+    {2, ParseBool, PrintBool},
+    {4, ParseNumber<uint32_t, Low32Unsigned>, PrintNumber<uint32_t, UInt64ToUTF8Str>},
+    {4, ParseNumber<int32_t, Low32Signed>, PrintNumber<int32_t, Int64ToUTF8Str>},
+    {8, ParseNumber<uint64_t, UTF8StrToUInt64>, PrintNumber<uint64_t, UInt64ToUTF8Str>},
+    {8, ParseNumber<int64_t, UTF8StrToInt64>, PrintNumber<int64_t, Int64ToUTF8Str>},
+    {8, ParseNumber<double, Double>, PrintDouble},
 };
+// clang-format on
 
 const FixedType *FixedTypeOf(uint32_t type)
 {

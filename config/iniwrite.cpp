@@ -16,6 +16,7 @@
 
 #include "config/ini.h"
 #include "config/inicore.h"
+#include "config/rangecopy.h"
 #include "ipc/filelock.h"
 #include "os/descriptor.h"
 #include "os/file.h"
@@ -25,7 +26,6 @@ namespace {
 
 constexpr mode_t kDefaultMode = 0644;
 constexpr mode_t kOwnerBits = 0700;
-constexpr size_t kCopyBlock = size_t{128} * 1024;
 
 // The pieces as one; NULL when memory runs out.
 HeapPtr<char> Join(std::initializer_list<std::string_view> pieces, size_t &size)
@@ -45,13 +45,12 @@ HeapPtr<char> Join(std::initializer_list<std::string_view> pieces, size_t &size)
 
 class Rewrite {
 public:
-    Rewrite(int input, int output) : input_(input), output_(output) {}
+    Rewrite(int input, int output) : copier_{input, output, {}} {}
 
     // False when memory runs out.
     bool Open()
     {
-        block_ = HeapRoom<char>(kCopyBlock);
-        return block_ != nullptr;
+        return copier_.Open();
     }
 
     uint32_t SetKey(LineReader &reader, const char *key, const char *value);
@@ -63,7 +62,6 @@ public:
 private:
     uint32_t WriteKeyAndRest(const char *key, const char *value, int64_t restStart);
     uint32_t PassKeyLine(int64_t lineEnd);
-    bool CopyRest();
 
     // Comment and blank lines that wait for the line behind them.
     struct Pending {
@@ -72,31 +70,16 @@ private:
         bool any;
     };
 
-    int input_;
-    int output_;
+    RangeCopier copier_;
     int64_t copied_ = 0;
-    HeapPtr<char> block_;
     Pending pending_ = {0, 0, false};
 };
 
 bool Rewrite::CopyTo(int64_t end)
 {
-    while (copied_ < end) {
-        const auto wanted = static_cast<size_t>(std::min<int64_t>(end - copied_, kCopyBlock));
-        const ssize_t got = pread(input_, block_.get(), wanted, copied_);
-        if (got < 0 && errno == EINTR)
-            continue;
-        if (got <= 0 || !WriteFully(output_, block_.get(), static_cast<size_t>(got)))
-            return false;
-        copied_ += got;
-    }
-    return true;
-}
-
-bool Rewrite::CopyRest()
-{
-    struct stat status;
-    return fstat(input_, &status) == 0 && CopyTo(status.st_size);
+    const int64_t begin = copied_;
+    copied_ = end;
+    return copier_.Copy(begin, end) == CopyResult::kDone;
 }
 
 uint32_t Rewrite::WriteKeyAndRest(const char *key, const char *value, int64_t restStart)
@@ -106,11 +89,11 @@ uint32_t Rewrite::WriteKeyAndRest(const char *key, const char *value, int64_t re
         const HeapPtr<char> line = Join({key, "=", value, "\n"}, size);
         if (!line)
             return SM_STATUS_NO_MEMORY;
-        if (!WriteFully(output_, line.get(), size))
+        if (!WriteFully(copier_.output, line.get(), size))
             return SM_STATUS_LIMIT_REACHED;
     }
     copied_ = restStart;
-    return CopyRest() ? SM_STATUS_OK : SM_STATUS_LIMIT_REACHED;
+    return CopyTo(kToEnd) ? SM_STATUS_OK : SM_STATUS_LIMIT_REACHED;
 }
 
 // Another key: what waited in front of it goes with it.
@@ -187,7 +170,7 @@ uint32_t Rewrite::DeleteSection(LineReader &reader, int64_t headerStart)
     Line line;
     for (copied_ = reader.Place(); reader.Next(line); copied_ = reader.Place())
         if (line.bytes[0] == '[' || line.bytes[0] == '#')
-            return CopyRest() ? SM_STATUS_OK : SM_STATUS_LIMIT_REACHED;
+            return CopyTo(kToEnd) ? SM_STATUS_OK : SM_STATUS_LIMIT_REACHED;
     return reader.Failed() ? SM_STATUS_INI_BAD_SECTION : SM_STATUS_OK;
 }
 

@@ -11,12 +11,11 @@
 #include <string_view>
 
 #include "config/linereader.h"
+#include "config/rangecopy.h"
 #include "os/file.h"
 
 namespace qzvest {
 namespace {
-
-constexpr size_t kCopyBlock = 65536;
 
 constexpr bool IsSpace(char byte)
 {
@@ -161,29 +160,6 @@ struct Room {
     }
 };
 
-struct Copier {
-    int input;
-    int output;
-    HeapPtr<char> block;
-
-    // To the end of the file for a negative end, which else must not come first.
-    uint32_t Copy(int64_t begin, int64_t end, uint32_t writeFailure)
-    {
-        while (end < 0 || begin < end) {
-            const size_t most = end < 0 ? kCopyBlock : std::min(kCopyBlock, static_cast<size_t>(end - begin));
-            const ssize_t got = pread(input, block.get(), most, begin);
-            if (got < 0 && errno == EINTR)
-                continue;
-            if (got <= 0)
-                return got == 0 && end < 0 ? SM_STATUS_OK : SM_STATUS_FAILED;
-            if (!WriteFully(output, block.get(), static_cast<size_t>(got)))
-                return writeFailure;
-            begin += got;
-        }
-        return SM_STATUS_OK;
-    }
-};
-
 } // namespace
 
 uint32_t PropertyFind(int descriptor, const char *key, char *text, uint32_t *size)
@@ -226,8 +202,8 @@ uint32_t PropertyList(int descriptor, char *keys, uint32_t *size)
 uint32_t PropertyReplace(int input, int output, const char *key, const char *entry, uint32_t entrySize)
 {
     LineReader lines;
-    Copier copier = {input, output, HeapRoom<char>(kCopyBlock)};
-    if (!copier.block || !lines.Open(input))
+    RangeCopier copier = {input, output, {}};
+    if (!copier.Open() || !lines.Open(input))
         return SM_STATUS_NO_MEMORY;
     Entry found;
     int64_t start;
@@ -237,12 +213,18 @@ uint32_t PropertyReplace(int input, int output, const char *key, const char *ent
         return SM_STATUS_OK;
     if (lines.Failed()) // what is there would be lost
         return SM_STATUS_FAILED;
-    const uint32_t status = copier.Copy(0, start, SM_STATUS_FAILED);
-    if (status != SM_STATUS_OK)
-        return status;
+    if (copier.Copy(0, start) != CopyResult::kDone)
+        return SM_STATUS_FAILED;
     if (!WriteFully(output, entry, entrySize))
         return SM_STATUS_LIMIT_REACHED;
-    return copier.Copy(lines.Place(), -1, SM_STATUS_LIMIT_REACHED);
+    switch (copier.Copy(lines.Place(), kToEnd)) {
+    case CopyResult::kDone:
+        return SM_STATUS_OK;
+    case CopyResult::kReadFailed:
+        return SM_STATUS_FAILED;
+    default:
+        return SM_STATUS_LIMIT_REACHED;
+    }
 }
 
 } // namespace qzvest

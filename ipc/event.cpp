@@ -1,10 +1,9 @@
 #include "ipc/event.h"
 
-#include <sys/sem.h>
-
 #include "ipc/localsem.h"
 #include "ipc/names.h"
 #include "ipc/semobject.h"
+#include "ipc/semset.h"
 
 struct SMEvent {
     qzvest::SemObjectRecord record;
@@ -19,12 +18,6 @@ namespace {
 constexpr int32_t kAutomaticSet = 1;
 constexpr int32_t kManualSet = 2;
 
-// The last argument of semctl, which its users define.
-union SemaphoreArgument {
-    int value;
-    semid_ds *status;
-};
-
 uint32_t StatusOf(const SMEvent *handle)
 {
     return handle != nullptr ? HandleStatus(&handle->record, kKindEvent) : SM_STATUS_INVALID_PARAMETER;
@@ -33,14 +26,6 @@ uint32_t StatusOf(const SMEvent *handle)
 HeapPtr<SMEvent> NewRecord(const char *name)
 {
     return HeapPtr<SMEvent>(reinterpret_cast<SMEvent *>(SMIPCNameRecordAlloc(name, sizeof(SMEvent), kKindEvent)));
-}
-
-bool IsManualSet(int32_t setId)
-{
-    semid_ds status;
-    SemaphoreArgument argument;
-    argument.status = &status;
-    return semctl(setId, 0, IPC_STAT, argument) == 0 && status.sem_nsems == kManualSet;
 }
 
 } // namespace
@@ -68,7 +53,8 @@ SMEvent *SMEventOpen(const char *name)
     HeapPtr<SMEvent> event = NewRecord(name);
     if (!event || !SemObjectOpen(event->record))
         return nullptr;
-    event->manualReset = IsManualSet(static_cast<int32_t>(event->record.object.set)) ? 1 : 0;
+    const int32_t size = IPCSemSetSize(static_cast<int32_t>(event->record.object.set));
+    event->manualReset = size == kManualSet ? 1 : 0;
     return event.release();
 }
 
@@ -101,9 +87,7 @@ uint32_t SMEventReset(SMEvent *handle)
         return LocalSemSet(record.object.local, 0);
     if (record.object.set == 0)
         return SM_STATUS_FAILED;
-    SemaphoreArgument argument;
-    argument.value = 0;
-    (void)semctl(static_cast<int>(record.object.set), 0, SETVAL, argument);
+    IPCSemSetPut(static_cast<int32_t>(record.object.set), 0);
     return SM_STATUS_OK;
 }
 

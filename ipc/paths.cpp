@@ -1,10 +1,9 @@
 #include "ipc/paths.h"
 
-#include <cstdio>
-#include <cstring>
 #include <initializer_list>
 
 #include "config/registration.h"
+#include "text/utf8.h"
 
 namespace qzvest {
 namespace {
@@ -16,16 +15,6 @@ char *directory;
 char *registryFile;
 char *registryLockPath;
 
-// "first" "between" "last" on the heap.
-char *Joined(const char *first, const char *between, const char *last)
-{
-    const size_t size = std::strlen(first) + std::strlen(between) + std::strlen(last) + 1;
-    HeapPtr<char> text = HeapRoom<char>(size);
-    if (text)
-        (void)std::snprintf(text.get(), size, "%s%s%s", first, between, last); // sized to fit
-    return text.release();
-}
-
 } // namespace
 
 int SMIPCPathsInit()
@@ -34,11 +23,11 @@ int SMIPCPathsInit()
     const uint32_t status = RegistrationKeyRead(kDataPathKey, dataPath);
     if (status == SM_STATUS_NO_MEMORY)
         return 0; // the default would lead away from where the other processes meet
-    directory = Joined(dataPath ? dataPath.get() : kDefaultDataPath, "/", ".ipc");
+    directory = UTF8Joined(dataPath ? dataPath.get() : kDefaultDataPath, "/", ".ipc");
     if (directory != nullptr)
-        registryFile = Joined(directory, "/", ".lxvestIPCini");
+        registryFile = UTF8Joined(directory, "/", ".lxvestIPCini");
     if (registryFile != nullptr)
-        registryLockPath = Joined(registryFile, "", "Sem");
+        registryLockPath = UTF8Joined(registryFile, "", "Sem");
     if (registryLockPath != nullptr)
         return 1;
     IPCPathsFree();

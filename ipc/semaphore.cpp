@@ -1,10 +1,9 @@
 #include "ipc/semaphore.h"
 
-#include <sys/sem.h>
-
 #include "ipc/localsem.h"
 #include "ipc/names.h"
 #include "ipc/semobject.h"
+#include "ipc/semset.h"
 
 struct SMSemaphore {
     qzvest::SemObjectRecord record;
@@ -72,7 +71,7 @@ uint32_t SMSemaphoreRelease(SMSemaphore *handle, int32_t count, int32_t *previou
     const SemObjectRecord &record = handle->record;
     if (previous != nullptr) {
         if (record.head.name != nullptr)
-            *previous = semctl(static_cast<int>(record.object.set), 0, GETVAL);
+            *previous = IPCSemSetGet(static_cast<int32_t>(record.object.set));
         else if (const uint32_t status = LocalSemGet(record.object.local, previous); status != SM_STATUS_OK)
             return status;
     }

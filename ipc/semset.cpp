@@ -147,14 +147,12 @@ int32_t SMIPCSemSetCreate(uint32_t key, int32_t semaphoreCount, uint32_t initial
     if (setId == 0) {
         // The number 0 stands for no set. A set in its place keeps the system from giving it out again.
         RemoveSet(setId);
-        const int placeholder = semget(IPC_PRIVATE, 1, IPC_CREAT | IPC_EXCL | kOwnerOnly);
+        const int spare = semget(IPC_PRIVATE, 1, IPC_CREAT | IPC_EXCL | kOwnerOnly);
         const int32_t another = SMIPCSemSetCreate(key, semaphoreCount, initialValue, accessMask);
-        RemoveSet(placeholder);
+        RemoveSet(spare);
         return another;
     }
-    SemaphoreArgument argument;
-    argument.value = static_cast<int>(initialValue);
-    (void)semctl(setId, 0, SETVAL, argument);
+    IPCSemSetPut(setId, static_cast<int32_t>(initialValue));
     if (systemKey == IPC_PRIVATE)
         RecordInList(setId);
     return setId;
@@ -170,6 +168,26 @@ void SMIPCSemSetRemove(int32_t setId)
 {
     if (semctl(setId, 0, IPC_RMID) == 0)
         DeleteFromList(setId);
+}
+
+int32_t IPCSemSetSize(int32_t setId)
+{
+    semid_ds status;
+    SemaphoreArgument argument;
+    argument.status = &status;
+    return semctl(setId, 0, IPC_STAT, argument) == 0 ? static_cast<int32_t>(status.sem_nsems) : -1;
+}
+
+int32_t IPCSemSetGet(int32_t setId)
+{
+    return semctl(setId, 0, GETVAL);
+}
+
+void IPCSemSetPut(int32_t setId, int32_t count)
+{
+    SemaphoreArgument argument;
+    argument.value = count;
+    (void)semctl(setId, 0, SETVAL, argument);
 }
 
 uint32_t SMIPCSemWait(int32_t setId, uint32_t timeoutMs, bool undo)

@@ -15,6 +15,13 @@ int32_t IPCSemSetOf(uint32_t key);
 
 void SMIPCSemSetRemove(int32_t setId);
 
+// Semaphores in the set; -1 if it cannot be asked.
+int32_t IPCSemSetSize(int32_t setId);
+
+// The count of semaphore 0; -1 if it cannot be asked. Setting it cannot be seen to fail.
+int32_t IPCSemSetGet(int32_t setId);
+void IPCSemSetPut(int32_t setId, int32_t count);
+
 // Takes one from semaphore 0, and with undo gives it back when the process ends. SM_STATUS_OK, SM_STATUS_TIMEOUT,
 // SM_STATUS_FAILED.
 uint32_t SMIPCSemWait(int32_t setId, uint32_t timeoutMs, bool undo);

@@ -150,10 +150,8 @@ uint32_t SMGetBackupLogPathFileName(uint8_t logTargets, char *dest, uint32_t *de
     if (const uint32_t status = PathOfTarget(logTargets, path.get()); status != SM_STATUS_OK)
         return status;
     const auto need = static_cast<uint32_t>(std::strlen(path.get()) + 1);
-    if (dest != nullptr && *destSize >= need) {
-        std::memcpy(dest, path.get(), need);
-        dest[need - 2] = '_';
-    }
+    if (dest != nullptr && *destSize >= need)
+        PutBackupPath(dest, path.get(), need);
     *destSize = need;
     return SM_STATUS_OK;
 }

@@ -40,6 +40,12 @@ uint32_t MakeLogDirectory(const char *path)
     return SMMkDir(directory.get());
 }
 
+void PutBackupPath(char *backup, const char *path, size_t size)
+{
+    std::memcpy(backup, path, size);
+    backup[size - 2] = '_';
+}
+
 uint32_t BackUpLog(const char *path)
 {
     const size_t length = std::strlen(path);
@@ -50,8 +56,7 @@ uint32_t BackUpLog(const char *path)
     const HeapPtr<char> backup = HeapRoom<char>(length + 1);
     if (!backup)
         return SM_STATUS_NO_MEMORY;
-    std::memcpy(backup.get(), path, length + 1);
-    backup.get()[length - 1] = '_';
+    PutBackupPath(backup.get(), path, length + 1);
     const FileLockGuard lock(path, kFileLockWriter, kWait);
     if (lock.Status() != SM_STATUS_OK)
         return lock.Status();

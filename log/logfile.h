@@ -4,6 +4,8 @@
 
 #include <sys/stat.h>
 
+#include <cstddef>
+
 #include <qzvest/status.h>
 #include <qzvest/types.h>
 
@@ -21,6 +23,9 @@ const char *LogCategoryName(uint16_t category);
 
 // The directory of a log, one level. SM_STATUS_FAILED, SM_STATUS_NO_MEMORY.
 uint32_t MakeLogDirectory(const char *path);
+
+// The path of a log's backup: size bytes of path, terminator included, with an underscore for the last character.
+void PutBackupPath(char *backup, const char *path, size_t size);
 
 // Moves a log to its backup, whose name ends in an underscore instead of the last character. The backup before it goes.
 uint32_t BackUpLog(const char *path);

@@ -249,8 +249,7 @@ uint32_t SMGetBackupXMLLogPathFileName(const char *pathFileName, char *dest, uin
     *destSize = need;
     if (!fits)
         return SM_STATUS_BUFFER_TOO_SMALL;
-    std::memcpy(dest, pathFileName, need);
-    dest[need - 2] = '_';
+    PutBackupPath(dest, pathFileName, need);
     return SM_STATUS_OK;
 }
 

@@ -34,16 +34,6 @@ constexpr mode_t kPermissionBits = 07777;
 constexpr mode_t kPlainModeBits = 0666;
 constexpr mode_t kStickyModeBits = 01666;
 
-// The three texts as one, on the heap.
-HeapPtr<char> Joined(const char *first, const char *second, const char *third)
-{
-    const size_t room = std::strlen(first) + std::strlen(second) + std::strlen(third) + 1;
-    HeapPtr<char> text = HeapRoom<char>(room);
-    if (text)
-        (void)sprintf_s(text.get(), room, "%s%s%s", first, second, third);
-    return text;
-}
-
 bool Exists(const char *path)
 {
     return access(path, F_OK) == 0;
@@ -272,7 +262,7 @@ bool WriteFully(int descriptor, const void *bytes, size_t size)
 
 HeapPtr<char> BackupPathOf(const char *path)
 {
-    return Joined(path, ".", "bak");
+    return HeapPtr<char>(UTF8Joined(path, ".", "bak"));
 }
 
 HeapPtr<char> TmpPathIn(const char *directory, uint32_t &status)
@@ -282,7 +272,7 @@ HeapPtr<char> TmpPathIn(const char *directory, uint32_t &status)
     status = SMGetTmpFile(directory, name, &size);
     if (status != SM_STATUS_OK)
         return nullptr;
-    HeapPtr<char> path = Joined(directory, "/", name);
+    HeapPtr<char> path(UTF8Joined(directory, "/", name));
     if (!path)
         status = SM_STATUS_NO_MEMORY;
     return path;

@@ -134,4 +134,16 @@ char *SMUTF8Strstri(const char *haystack, const char *needle)
     return nullptr;
 }
 
+char *UTF8Joined(const char *first, const char *second, const char *third)
+{
+    const size_t sizes[] = {std::strlen(first), std::strlen(second), std::strlen(third) + 1};
+    char *const text = static_cast<char *>(std::malloc(sizes[0] + sizes[1] + sizes[2]));
+    if (text == nullptr)
+        return nullptr;
+    std::memcpy(text, first, sizes[0]);
+    std::memcpy(text + sizes[0], second, sizes[1]);
+    std::memcpy(text + sizes[0] + sizes[1], third, sizes[2]);
+    return text;
+}
+
 } // namespace qzvest

@@ -26,6 +26,9 @@ constexpr char AsciiUpper(char c)
     return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
 }
 
+// The three texts as one on the heap, which the caller frees; NULL when memory runs out.
+char *UTF8Joined(const char *first, const char *second, const char *third);
+
 // SMUTF8Strdup that tells the bytes of the copy, terminator included; 0 when there is none. sizeOut may be NULL.
 char *UTF8StrdupSized(const char *string, uint32_t *sizeOut);
 
