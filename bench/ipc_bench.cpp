@@ -8,17 +8,15 @@
 #include <benchmark/benchmark.h>
 #include <dlfcn.h>
 #include <pthread.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cstdio>
-#include <filesystem>
 #include <string>
 #include <thread>
 
 #include "bench/ipc_data.h"
+#include "bench/sandbox.h"
 #include "ipc/critical.h"
-#include "ipc/paths.h"
 #include "os/library.h"
 
 namespace {
@@ -84,38 +82,24 @@ void RegisterCalls()
     benchmark::RegisterBenchmark("library_symbol/dlopen+dlsym/1", Call, SymbolDlopen);
 }
 
-// Only where nothing is of anybody else.
-bool MakePlaces()
+// In a process of one thread the C library leaves the locked instructions out.
+bool StartThread()
 {
-    namespace fs = std::filesystem;
-    const char *directory = qzvest::IPCDirectory();
-    std::error_code error;
-    if (directory == nullptr || directory != std::string("/var") + kIpcDirectory || !fs::is_empty("/run", error) ||
-        error)
-        return false;
-    umask(022);
-    return fs::create_directories(kIpcDirectory, error) && fs::equivalent(kIpcDirectory, directory, error);
+    std::thread([] { pause(); }).detach();
+    return true;
+}
+
+void RegisterAll()
+{
+    RegisterLocks();
+    RegisterSemaphores();
+    RegisterNames();
+    RegisterCalls();
 }
 
 } // namespace
 
 int main(int argc, char **argv)
 {
-    if (!MakePlaces()) {
-        std::fprintf(stderr, "%s: /run is not empty, or the library looks elsewhere: run it in tests/support/sandbox\n",
-                     argv[0]);
-        return 1;
-    }
-    // In a process of one thread the C library leaves the locked instructions out.
-    std::thread([] { pause(); }).detach();
-    benchmark::Initialize(&argc, argv);
-    if (benchmark::ReportUnrecognizedArguments(argc, argv))
-        return 1;
-    RegisterLocks();
-    RegisterSemaphores();
-    RegisterNames();
-    RegisterCalls();
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    return 0;
+    return bench::RunAll(argc, argv, StartThread, RegisterAll);
 }

@@ -20,7 +20,6 @@
 
 namespace bench {
 
-constexpr const char *kIpcDirectory = "/run/qz/.ipc";
 constexpr const char *kName = "bench";
 
 inline void Need(bool done)

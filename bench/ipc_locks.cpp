@@ -10,6 +10,7 @@
 #include <string>
 
 #include "bench/ipc_data.h"
+#include "bench/sandbox.h"
 #include "ipc/mutex.h"
 #include "ipc/rwlock.h"
 
