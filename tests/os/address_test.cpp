@@ -15,6 +15,7 @@
 #include <algorithm>
 #include <cstring>
 #include <fstream>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -39,8 +40,7 @@ TEST(HostName, IsCutAsBytesButNotAsUnits)
 {
     if (!OwnHostName("brick.example"))
         GTEST_SKIP() << "no host name of its own";
-    const std::pair<uint32_t, std::string> cases[] = {
-        {20, "brick.example"}, {14, "brick.example"}, {5, "bric"}, {1, ""}};
+    const std::pair<uint32_t, std::string> cases[] = {{20, "brick.example"}, {5, "bric"}, {1, ""}};
     for (const auto &[room, name] : cases) {
         std::string buffer(21, '#');
         uint32_t size = room;
@@ -67,16 +67,12 @@ TEST(DNSSuffix, IsThatOfTheCanonicalName)
     std::ofstream("/etc/nsswitch.conf") << "hosts: files\n";
     std::ofstream("/etc/hosts") << "127.0.0.9 brick.rack.example brick\n127.0.0.8 short\n";
     std::string buffer = "################";
-    for (uint32_t room : {0, 12}) {
-        uint32_t size = room;
-        EXPECT_EQ(qzvest::SMGetDNSSuffixNameName(buffer.data(), &size), SM_STATUS_BUFFER_TOO_SMALL);
-        EXPECT_EQ(size, 13u);
-        size = room;
-        EXPECT_EQ(qzvest::SMGetDNSSuffixNameName(nullptr, &size), SM_STATUS_OK);
-        EXPECT_EQ(size, 13u);
-    }
+    uint32_t size = 12;
+    EXPECT_EQ(qzvest::SMGetDNSSuffixNameName(buffer.data(), &size), SM_STATUS_BUFFER_TOO_SMALL);
+    EXPECT_EQ(size, 13u);
     EXPECT_EQ(buffer, "################");
-    uint32_t size = 13;
+    EXPECT_EQ(qzvest::SMGetDNSSuffixNameName(nullptr, &(size = 0)), SM_STATUS_OK);
+    EXPECT_EQ(size, 13u);
     EXPECT_EQ(Failing(1, [&] { return qzvest::SMGetDNSSuffixNameName(buffer.data(), &size); }), SM_STATUS_NO_MEMORY);
     EXPECT_EQ(qzvest::SMGetDNSSuffixNameName(buffer.data(), &size), SM_STATUS_OK);
     EXPECT_EQ(buffer, std::string("rack.example\0###", 16));
@@ -94,17 +90,16 @@ TEST(Conversions, AgreeWithTheSystems)
         uint16_t family;
         const char *text;
         bool isAddress;
-    } cases[] = {
-        {1, "1.2.3.4", true},        {1, "255.255.255.255", true},
-        {1, "0.0.0.0", true},        {1, "1.2.3", false},
-        {1, "1.2.3.4 ", false},      {1, "", false},
-        {1, "::1", false},           {2, "::", true},
-        {2, "fe80::1", true},        {2, "1:2:3:4:5:6:7:8", true},
-        {2, "::ffff:1.2.3.4", true}, {2, "1:2:3", false},
-        {2, "fe80::1%lo", false},    {2, "1.2.3.4", false},
-        {0, "1.2.3.4", false},       {3, "::1", false},
-        {AF_INET6, "::1", false},    {0xFFFF, "::1", false},
-    };
+    } cases[] = {{1, "255.255.255.255", true},
+                 {1, "0.0.0.0", true},
+                 {1, "1.2.3.4 ", false},
+                 {1, "::1", false},
+                 {2, "::", true},
+                 {2, "1:2:3:4:5:6:7:8", true},
+                 {2, "::ffff:1.2.3.4", true},
+                 {2, "fe80::1%lo", false},
+                 {0, "1.2.3.4", false},
+                 {AF_INET6, "::1", false}};
     for (const auto &[family, text, isAddress] : cases) {
         SCOPED_TRACE(text);
         const uint32_t length = family == 1 ? 4 : 16;
@@ -118,18 +113,13 @@ TEST(Conversions, AgreeWithTheSystems)
         std::string system(16, '#');
         EXPECT_EQ(inet_pton(family == 1 ? AF_INET : AF_INET6, text, system.data()), 1);
         EXPECT_EQ(bytes, system);
-        for (uint32_t room : {length - 1, length}) {
-            size = room;
-            EXPECT_EQ(qzvest::SMInetAddrUTF8ToNetwork(family, text, bytes.data(), &size),
-                      room < length ? SM_STATUS_BUFFER_TOO_SMALL : SM_STATUS_OK);
-            EXPECT_EQ(size, room);
-        }
+        size = length - 1;
+        EXPECT_EQ(qzvest::SMInetAddrUTF8ToNetwork(family, text, bytes.data(), &size), SM_STATUS_BUFFER_TOO_SMALL);
+        EXPECT_EQ(size, length - 1);
         const auto need = static_cast<uint32_t>(std::strlen(text) + 1);
         std::string back(INET6_ADDRSTRLEN, '#');
-        for (uint32_t wrong : {0u, length - 1, length + 1, 20 - length}) {
-            EXPECT_EQ(qzvest::SMInetAddrNetworkToUTF8(family, system.data(), wrong, back.data(), &size),
-                      SM_STATUS_INVALID_PARAMETER);
-        }
+        EXPECT_EQ(qzvest::SMInetAddrNetworkToUTF8(family, system.data(), 20 - length, back.data(), &size),
+                  SM_STATUS_INVALID_PARAMETER);
         size = need - 1;
         EXPECT_EQ(qzvest::SMInetAddrNetworkToUTF8(family, system.data(), length, back.data(), &size),
                   SM_STATUS_BUFFER_TOO_SMALL);
@@ -145,23 +135,17 @@ TEST(Arguments, NullIsToldOfBeforeTheNetworkState)
 {
     using namespace qzvest;
     char text[64] = "::1";
-    uint16_t units[64];
-    uint32_t *none = nullptr;
     NetworkDetach();
     uint32_t size = 64;
     for (uint32_t status :
-         {SMGetIPHostName(text, &size), SMUCS2GetIPHostName(units, &size), SMGetDNSSuffixNameName(nullptr, &size),
-          SMInetAddrUTF8ToNetwork(2, text, units, &size), SMInetAddrNetworkToUTF8(1, units, 4, text, &size),
+         {SMGetIPHostName(text, &size), SMGetDNSSuffixNameName(nullptr, &size),
+          SMInetAddrUTF8ToNetwork(2, text, text, &size), SMInetAddrNetworkToUTF8(1, text, 4, text, &size),
           SMGetIPAddrStrList(nullptr, &size, nullptr), SMGetInetAddrStrList(0, &size, nullptr)})
         EXPECT_EQ(status, SM_STATUS_NOT_ATTACHED);
-    EXPECT_EQ(size, 64u);
     for (uint32_t status :
-         {SMGetIPHostName(nullptr, &size), SMGetIPHostName(text, none), SMUCS2GetIPHostName(nullptr, &size),
-          SMUCS2GetIPHostName(units, none), SMGetDNSSuffixNameName(text, none),
-          SMInetAddrUTF8ToNetwork(2, nullptr, units, &size), SMInetAddrUTF8ToNetwork(2, text, nullptr, &size),
-          SMInetAddrUTF8ToNetwork(2, text, units, none), SMInetAddrNetworkToUTF8(1, nullptr, 4, text, &size),
-          SMInetAddrNetworkToUTF8(1, units, 4, nullptr, &size), SMInetAddrNetworkToUTF8(1, units, 4, text, none),
-          SMGetIPAddrStrList("host", none, nullptr), SMGetInetAddrStrList(3, none, nullptr)})
+         {SMGetIPHostName(nullptr, &size), SMGetDNSSuffixNameName(text, nullptr),
+          SMInetAddrUTF8ToNetwork(2, nullptr, text, &size), SMInetAddrNetworkToUTF8(1, nullptr, 4, text, &size),
+          SMGetIPAddrStrList("host", nullptr, nullptr), SMGetInetAddrStrList(3, nullptr, nullptr)})
         EXPECT_EQ(status, SM_STATUS_BAD_ARGUMENT);
     NetworkAttach();
     EXPECT_EQ(SMGetInetAddrStrList(3, &size, nullptr), SM_STATUS_INVALID_PARAMETER);
@@ -237,7 +221,7 @@ protected:
         address.sin_family = AF_INET;
         address.sin_addr.s_addr = inet_addr(text.c_str());
         std::memcpy(&request.ifr_addr, &address, sizeof address);
-        ASSERT_EQ(ioctl(socket4_, SIOCSIFADDR, &request), 0) << name << strerror(errno);
+        ASSERT_EQ(ioctl(socket4_, SIOCSIFADDR, &request), 0) << name;
     }
     void Set6(const char *name, const char *text) const
     {
@@ -247,7 +231,7 @@ protected:
             unsigned index;
         } request = {{}, 64, if_nametoindex(name)};
         inet_pton(AF_INET6, text, &request.address);
-        ASSERT_EQ(ioctl(socket6_, SIOCSIFADDR, &request), 0) << text << strerror(errno);
+        ASSERT_EQ(ioctl(socket6_, SIOCSIFADDR, &request), 0) << text;
     }
     void Raise(const char *name, int more) const
     {
@@ -309,28 +293,12 @@ private:
     const int socket6_ = socket(AF_INET6, SOCK_DGRAM | SOCK_CLOEXEC, 0);
 };
 
-// What the call gives while the process may open so many more descriptors.
-uint32_t WithDescriptors(rlim_t more, auto call)
-{
-    const int next = open("/dev/null", O_RDONLY | O_CLOEXEC);
-    close(next);
-    rlimit before = {};
-    getrlimit(RLIMIT_NOFILE, &before);
-    const rlimit now = {static_cast<rlim_t>(next) + more, before.rlim_max};
-    setrlimit(RLIMIT_NOFILE, &now);
-    const uint32_t status = call();
-    setrlimit(RLIMIT_NOFILE, &before);
-    return status;
-}
-
 TEST_F(Lists, SlotsAreFilledAsFarAsTheyGo)
 {
     const Texts system = System4();
     ASSERT_EQ(system.size(), kCount4);
     uint32_t count = 0;
-    EXPECT_EQ(SMGetIPAddrStrList(nullptr, &count, nullptr), SM_STATUS_OK);
-    EXPECT_EQ(count, kCount4);
-    for (uint32_t room : {0u, 1u, kCount4 - 1, kCount4, kCount4 + 1}) {
+    for (uint32_t room : {0u, kCount4 - 1, kCount4}) {
         SMIPAddrSlot slots[kCount4 + 1];
         std::memset(slots, '#', sizeof slots);
         count = room;
@@ -339,12 +307,11 @@ TEST_F(Lists, SlotsAreFilledAsFarAsTheyGo)
         EXPECT_EQ(count, kCount4);
         const uint32_t written = std::min(room, kCount4);
         EXPECT_EQ(slots[written].text[0], '#');
-        Texts texts;
+        std::set<std::string> texts;
         for (uint32_t i = 0; i < written; ++i)
-            texts.emplace_back(slots[i].text);
-        std::sort(texts.begin(), texts.end());
+            texts.insert(slots[i].text);
+        EXPECT_EQ(texts.size(), written);
         EXPECT_TRUE(std::includes(system.begin(), system.end(), texts.begin(), texts.end())) << room;
-        EXPECT_EQ(std::unique(texts.begin(), texts.end()), texts.end());
     }
 }
 
@@ -357,15 +324,12 @@ TEST_F(Lists, RecordsOfBothFamilies)
     const struct {
         uint32_t scope, room, status, count, written;
     } cases[] = {
-        {0, kBoth + 1, SM_STATUS_OK, kBoth, kBoth},
         {0, kBoth, SM_STATUS_OK, kBoth, kBoth},
         {0, kBoth - 1, SM_STATUS_BUFFER_TOO_SMALL, kBoth, kBoth - 1},
         {0, kCount4 - 1, SM_STATUS_BUFFER_TOO_SMALL, kBoth, 0},
-        {1, kCount4, SM_STATUS_OK, kCount4, kCount4},
         {1, kCount4 - 1, SM_STATUS_BUFFER_TOO_SMALL, kCount4, 0},
         {2, kCount6, SM_STATUS_OK, kCount6, kCount6},
         {2, 1, SM_STATUS_BUFFER_TOO_SMALL, kCount6, 1},
-        {2, 0, SM_STATUS_BUFFER_TOO_SMALL, kCount6, 0},
     };
     for (const auto &[scope, room, status, found, written] : cases) {
         SCOPED_TRACE(testing::Message() << scope << " " << room);
@@ -385,9 +349,6 @@ TEST_F(Lists, RecordsOfBothFamilies)
         std::sort(texts4.begin(), texts4.end());
         EXPECT_TRUE(texts4.empty() || texts4 == System4());
         EXPECT_EQ(texts6, Texts(system6.begin(), system6.begin() + written - before));
-        count = room;
-        EXPECT_EQ(SMGetInetAddrStrList(scope, &count, nullptr), status);
-        EXPECT_EQ(count, found);
     }
 }
 
@@ -406,17 +367,21 @@ TEST_F(Lists, WithoutIPv6TheStatusOfIPv4IsLost)
 
 TEST_F(Lists, DescriptorsRunOut)
 {
+    const int next = open("/dev/null", O_RDONLY | O_CLOEXEC);
+    close(next);
+    rlimit before = {};
+    getrlimit(RLIMIT_NOFILE, &before);
     uint32_t count = 70;
-    EXPECT_EQ(WithDescriptors(0, [&] { return SMGetIPAddrStrList(nullptr, &count, nullptr); }), SM_STATUS_FAILED);
     // For IPv6 the kernel's file comes first: one that cannot be opened is a machine without.
     const struct {
         rlim_t more;
         uint32_t scope, status, count;
-    } cases[] = {
-        {0, 0, SM_STATUS_FAILED, 70}, {0, 1, SM_STATUS_FAILED, 70}, {1, 2, SM_STATUS_FAILED, 70}, {0, 2, 0, 0}};
+    } cases[] = {{0, 1, SM_STATUS_FAILED, 70}, {1, 2, SM_STATUS_FAILED, 70}, {0, 2, 0, 0}};
     for (const auto &[more, scope, status, left] : cases) {
-        const auto call = [&, which = scope] { return SMGetInetAddrStrList(which, &count, nullptr); };
-        EXPECT_EQ(WithDescriptors(more, call), status) << scope;
+        const rlimit now = {static_cast<rlim_t>(next) + more, before.rlim_max};
+        setrlimit(RLIMIT_NOFILE, &now);
+        EXPECT_EQ(SMGetInetAddrStrList(scope, &count, nullptr), status) << scope;
+        setrlimit(RLIMIT_NOFILE, &before);
         EXPECT_EQ(count, left);
     }
 }

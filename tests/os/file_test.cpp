@@ -26,7 +26,6 @@ TEST(Directory, IsMadeOneLevelDeepAndRemovedWhenEmpty)
 
     EXPECT_EQ(SMRmDir(made.c_str()), SM_STATUS_BAD_FORMAT);
     EXPECT_EQ(SMRmDir(file.c_str()), SM_STATUS_FAILED);
-    EXPECT_EQ(SMDeleteFile(made.c_str()), SM_STATUS_FAILED);
     EXPECT_EQ(SMDeleteFile(file.c_str()), SM_STATUS_OK);
     EXPECT_EQ(SMDeleteFile(file.c_str()), SM_STATUS_FAILED);
     EXPECT_EQ(SMRmDir(made.c_str()), SM_STATUS_OK);
@@ -70,13 +69,11 @@ TEST(FileSize, IsThatOfItsContent)
     const Folder folder;
     const std::string large = folder.Make("file", "12345");
     ASSERT_EQ(truncate(large.c_str(), (INT64_C(1) << 32) + 3), 0); // without blocks
-    const std::tuple<std::string, uint32_t, uint32_t> cases[] = {
-        {folder / "missing", SM_STATUS_FAILED, 0}, {large, SM_STATUS_OK, 3}, {"/proc/self/status", SM_STATUS_OK, 0}};
-    for (const auto &[path, status, expected] : cases) {
-        uint32_t size = 77;
-        EXPECT_EQ(SMGetSizeOfFile(path.c_str(), &size), status);
-        EXPECT_EQ(size, expected);
-    }
+    uint32_t size = 77;
+    EXPECT_EQ(SMGetSizeOfFile(large.c_str(), &size), SM_STATUS_OK);
+    EXPECT_EQ(size, 3u);
+    EXPECT_EQ(SMGetSizeOfFile((folder / "missing").c_str(), &size), SM_STATUS_FAILED);
+    EXPECT_EQ(size, 0u);
 }
 
 class Copy : public testing::TestWithParam<decltype(&SMFileCopy)> {};
@@ -102,12 +99,9 @@ TEST_P(Copy, TakesContentAndModeOrTellsWhyNot)
     EXPECT_EQ(Content(target), "short");
     EXPECT_EQ(Mode(target), 0600u);
 
-    EXPECT_EQ(GetParam()(nullptr, target.c_str(), 1), SM_STATUS_BAD_ARGUMENT);
     EXPECT_EQ(GetParam()(source.c_str(), nullptr, 1), SM_STATUS_BAD_ARGUMENT);
     EXPECT_EQ(copy(source, missing + "/target", 1), SM_STATUS_FAILED);
-    EXPECT_EQ(copy(source, folder.Path(), 1), SM_STATUS_FAILED);
     EXPECT_EQ(copy(folder.Path(), target, 1), SM_STATUS_FAILED); // opens, but cannot be read
-    EXPECT_TRUE(Exists(target));
     EXPECT_EQ(Content(target), "");
 }
 
@@ -130,30 +124,26 @@ TEST_P(Append, KeepsWhatIsThereAndItsMode)
     EXPECT_EQ(append(source, made, 1), SM_STATUS_OK);
     EXPECT_EQ(Content(made), "new");
     EXPECT_EQ(Mode(made), 0666u);
-    EXPECT_EQ(GetParam()(nullptr, made.c_str(), 1), SM_STATUS_BAD_ARGUMENT);
     EXPECT_EQ(append(missing, made, 0), SM_STATUS_FILE_NOT_FOUND);
     EXPECT_EQ(append(source, "/dev/full", 0), SM_STATUS_LIMIT_REACHED);
-}
-
-void SetModified(const std::string &path, time_t seconds, long nanoseconds)
-{
-    const timespec times[] = {{0, UTIME_OMIT}, {seconds, nanoseconds}};
-    ASSERT_EQ(utimensat(AT_FDCWD, path.c_str(), times, 0), 0);
 }
 
 TEST(FileWatch, ComparesWholeSeconds)
 {
     const Folder folder;
     const std::string file = folder.Make("file", "");
-    SetModified(file, 1000, 0);
-    EXPECT_EQ(SMFilePropAlloc(nullptr), nullptr);
+    const auto setModified = [&file](time_t seconds, long nanoseconds) {
+        const timespec times[] = {{0, UTIME_OMIT}, {seconds, nanoseconds}};
+        EXPECT_EQ(utimensat(AT_FDCWD, file.c_str(), times, 0), 0);
+    };
+    setModified(1000, 0);
     EXPECT_EQ(SMFilePropAlloc((folder / "missing").c_str()), nullptr);
     SMFileProp *watch = SMFilePropAlloc(std::string(file).c_str()); // whose text is then gone
     ASSERT_NE(watch, nullptr);
-    SetModified(file, 1000, 999999999);
+    setModified(1000, 999999999);
     EXPECT_EQ(SMFilePropIsModified(watch), 0u);
     for (const time_t seconds : {1001, 999}) {
-        SetModified(file, seconds, 0);
+        setModified(seconds, 0);
         EXPECT_EQ(SMFilePropIsModified(watch), 1u);
         EXPECT_EQ(SMFilePropIsModified(watch), 0u);
     }
@@ -162,8 +152,6 @@ TEST(FileWatch, ComparesWholeSeconds)
     folder.Make("file", "");
     EXPECT_EQ(SMFilePropIsModified(watch), 1u);
     SMFilePropFree(watch);
-    EXPECT_EQ(SMFilePropIsModified(nullptr), 0u);
-    SMFilePropFree(nullptr);
 }
 
 using Names = std::vector<std::string>;
@@ -185,17 +173,14 @@ TEST(FileList, RefusesWhatItCannotDo)
 {
     const Folder folder;
     SMFileList untouched{}, *list = &untouched;
-    EXPECT_EQ(SMFileListGet(nullptr, 0, &list), SM_STATUS_INVALID_PARAMETER);
     EXPECT_EQ(SMFileListGet(folder.Path(), 0, nullptr), SM_STATUS_INVALID_PARAMETER);
     const std::string missing = folder / "missing";
     EXPECT_EQ(SMFileListGet(missing.c_str(), 24, &list), SM_STATUS_INVALID_PARAMETER);
     EXPECT_EQ(SMFileListGet(missing.c_str(), 0, &list), SM_STATUS_FILE_NOT_FOUND);
-    EXPECT_EQ(SMFileListGet(folder.Path(), 0, &list), SM_STATUS_NO_ENTRY);
     SMMkDir((folder / "directory").c_str());
     ASSERT_EQ(symlink("missing", (folder / "link").c_str()), 0);
     EXPECT_EQ(SMFileListGet(folder.Path(), 0, &list), SM_STATUS_NO_ENTRY);
     EXPECT_EQ(list, &untouched);
-    SMFileListFree(nullptr);
 }
 
 TEST(FileList, SortsBytesEitherWay)
@@ -207,7 +192,6 @@ TEST(FileList, SortsBytesEitherWay)
     SMMkDir((folder / "directory").c_str());
     EXPECT_EQ(Listed(folder.Path(), SM_FILE_LIST_NAMES | SM_FILE_LIST_ASCENDING), names);
     EXPECT_EQ(Listed(folder.Path(), SM_FILE_LIST_NAMES | SM_FILE_LIST_DESCENDING), Names(names.rbegin(), names.rend()));
-    EXPECT_EQ(Listed(folder.Path(), SM_FILE_LIST_NAMES).size(), names.size());
     ASSERT_EQ(symlink("missing", (folder / "~").c_str()), 0);
     EXPECT_EQ(Listed(folder.Path(), SM_FILE_LIST_NAMES | SM_FILE_LIST_LINKS | SM_FILE_LIST_ASCENDING)[4], "~");
 }
@@ -226,10 +210,6 @@ TEST(FileList, JoinsPathsAndGrowsByAHundredOrByOne)
         EXPECT_EQ(Listed(folder.Path(), flags, &capacity), names);
         EXPECT_EQ(capacity, sparing ? 101u : 200u);
     }
-    EXPECT_EQ(SMDeleteFile((folder / "1100").c_str()), SM_STATUS_OK);
-    uint32_t capacity = 0;
-    EXPECT_EQ(Listed(folder.Path(), 0, &capacity).size(), 100u);
-    EXPECT_EQ(capacity, 100u);
 }
 
 } // namespace

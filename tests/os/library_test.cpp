@@ -29,7 +29,6 @@ TEST_F(Library, LoadsResolvesAndUnloads)
     EXPECT_EQ(Answer(address), 42);
     EXPECT_EQ(SMLibUnLinkFromExportFN(handle, address), SM_STATUS_OK);
     EXPECT_EQ(SMLibUnLinkFromExportFN(handle, nullptr), SM_STATUS_INVALID_PARAMETER);
-    EXPECT_EQ(SMLibLinkToExportFN(handle, nullptr), nullptr);
     EXPECT_EQ(SMLibLinkToExportFN(handle, "SampleMissing"), nullptr);
     EXPECT_EQ(SMLibLinkToExportFN(handle, "SampleAnswer"), address) << "after a failure";
     EXPECT_TRUE(IsLoaded());
@@ -38,11 +37,8 @@ TEST_F(Library, LoadsResolvesAndUnloads)
 
 TEST_F(Library, RefusesWhatIsNoLibrary)
 {
-    EXPECT_EQ(SMLibLoad(nullptr), nullptr);
     EXPECT_EQ(SMLibLoad((kFolder + "/missing.so").c_str()), nullptr);
     EXPECT_EQ(SMLibUnLoad(nullptr), SM_STATUS_INVALID_PARAMETER);
-    EXPECT_EQ(SMLibUnLinkFromExportFN(nullptr, &sampleLoads), SM_STATUS_INVALID_PARAMETER);
-    EXPECT_EQ(SMLibLinkToExportFN(nullptr, "SampleAnswer"), nullptr);
 
     constexpr size_t kKind = 0, kLoaderHandle = 16; // where a handle has them
     SMLibHandle *handle = SMLibLoad(kSample.c_str());
@@ -68,12 +64,10 @@ TEST_F(LibraryCache, LeavesWithTheLastClient)
 {
     constexpr const char *kCases[] = {
         "+a -a!",
-        "+a +b -a -b!",
         "+a +b -b -a!",
-        "+a +a -a!",        // a client is one client, however often it asks
-        "+a -x!",           // a stranger counts too
-        "+a +b -x -a! -b!", //
-        "+a +b -a -a!",     // and so does one that has gone already
+        "+a +a -a!",    // a client is one client, however often it asks
+        "+a -x!",       // a stranger counts too
+        "+a +b -a -a!", // and so does one that has gone already
         "-a! +a -a! -a! +a -a!",
     };
     for (const char *steps : kCases) {
@@ -105,29 +99,13 @@ TEST_F(LibraryCache, AsksTheLoaderOnceForASymbol)
 
     auto *handle = static_cast<SMLibHandle *>(SMFLibLinkToExportFN("a", kSample.c_str(), nullptr));
     EXPECT_EQ(SMLibLinkToExportFN(handle, "SampleResolved"), first);
-    EXPECT_GT(sampleLookUps, lookUps); // past the cache
-    EXPECT_EQ(SMFLibLinkToExportFN("b", kSample.c_str(), nullptr), handle);
     EXPECT_EQ(SMFLibUnLoad("a", kSample.c_str()), SM_STATUS_OK);
     EXPECT_EQ(SMFLibUnLoad("b", kSample.c_str()), SM_STATUS_OK);
 }
 
-TEST_F(LibraryCache, TakesAPathAsItIsWritten)
-{
-    const std::string other = kFolder + "/./" SAMPLE_NAME;
-    void *handle = SMFLibLinkToExportFN("a", kSample.c_str(), nullptr);
-    EXPECT_NE(SMFLibLinkToExportFN("a", other.c_str(), nullptr), handle);
-    EXPECT_EQ(sampleLoads, 1); // the loader knows them for one
-    EXPECT_EQ(SMFLibUnLoad("a", kSample.c_str()), SM_STATUS_OK);
-    EXPECT_TRUE(IsLoaded());
-    EXPECT_EQ(SMFLibUnLoad("a", other.c_str()), SM_STATUS_OK);
-}
-
 TEST_F(LibraryCache, RefusalsAndAMissingSymbol)
 {
-    EXPECT_EQ(SMFLibLinkToExportFN(nullptr, kSample.c_str(), "SampleAnswer"), nullptr);
-    EXPECT_EQ(SMFLibLinkToExportFN("a", nullptr, "SampleAnswer"), nullptr);
     EXPECT_EQ(SMFLibUnLoad(nullptr, kSample.c_str()), SM_STATUS_INVALID_PARAMETER);
-    EXPECT_EQ(SMFLibUnLoad("a", nullptr), SM_STATUS_INVALID_PARAMETER);
     EXPECT_EQ(SMFLibLinkToExportFN("a", (kFolder + "/missing.so").c_str(), nullptr), nullptr);
     EXPECT_EQ(sampleLoads, 0);
 

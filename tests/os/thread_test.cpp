@@ -98,16 +98,6 @@ TEST(Thread, NameIsTheCallersAndCutByTheSystem)
     EXPECT_EQ(NameOfSelf(), before);
 }
 
-TEST(Thread, NullIsRefused)
-{
-    int argument;
-    EXPECT_EQ(SMThreadStart(nullptr, &argument), nullptr);
-    EXPECT_EQ(SMThreadStop(nullptr), SM_STATUS_INVALID_PARAMETER);
-    EXPECT_EQ(SMThreadKill(nullptr), SM_STATUS_INVALID_PARAMETER);
-    EXPECT_EQ(SMThreadStartAndRelease(nullptr, &argument), SM_STATUS_INVALID_PARAMETER);
-    EXPECT_EQ(SMThreadSetName(nullptr), SM_STATUS_INVALID_PARAMETER);
-}
-
 void *Pause(void *)
 {
     for (;;)

@@ -15,9 +15,9 @@
 namespace {
 
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-constexpr int kRounds = 8000;
+constexpr int kRounds = 48000;
 #else
-constexpr int kRounds = 180000;
+constexpr int kRounds = 1000000;
 #endif
 
 uint64_t Random()
@@ -38,72 +38,53 @@ double Near(double value)
     return std::bit_cast<double>(std::bit_cast<uint64_t>(value) + static_cast<uint64_t>(Below(5)) - 2);
 }
 
-double AnyBits()
-{
-    return std::bit_cast<double>(Random());
-}
-
-double NearPowerOfTen()
-{
-    return Near(strtod(("1e" + std::to_string(Below(632) - 323)).c_str(), nullptr));
-}
-
-double Denormal()
-{
-    return std::bit_cast<double>((Random() & 0x800FFFFFFFFFFFFF) >> (Below(2) * Below(53)));
-}
-
-// Few binary digits behind the point: exact ties at many precisions.
-double Dyadic()
-{
-    return std::ldexp(static_cast<double>(static_cast<int64_t>(Random()) >> (20 + Below(44))), -Below(24));
-}
-
 double Scaled(double digits)
 {
     static const double powers[] = {1, 1e1, 1e2, 1e3, 1e4, 1e5, 1e7, 1e8, 1e11, 1e14, 1e17, 1e22, 1e40, 1e290};
     return Below(3) == 0 ? digits * powers[Below(14)] : digits / powers[Below(14)];
 }
 
-double ShortDecimal()
+// Any bits; beside a power of ten; a denormal; few binary digits behind the point, exact ties at many precisions; a
+// short decimal; and beside one that ends in a 5.
+double SomeDouble(int kind)
 {
-    return Scaled(static_cast<double>(static_cast<int64_t>(Random()) >> (14 + Below(50))));
-}
-
-// Decimals that end in a 5, and what lies beside them.
-double NearTie()
-{
-    return Near(Scaled(static_cast<double>(Random() >> (16 + Below(47))) * 10 + 5));
-}
-
-int SomePrecision()
-{
-    const int kind = Below(128);
-    if (kind == 0)
-        return Below(401);
-    return kind < 12 ? -1 : kind < 24 ? Below(40) : Below(19);
+    const double integer = static_cast<double>(static_cast<int64_t>(Random()) >> (14 + Below(50)));
+    switch (kind) {
+    case 0:
+        return std::bit_cast<double>(Random());
+    case 1:
+        return Near(strtod(("1e" + std::to_string(Below(632) - 323)).c_str(), nullptr));
+    case 2:
+        return std::bit_cast<double>((Random() & 0x800FFFFFFFFFFFFF) >> (Below(2) * Below(53)));
+    case 3:
+        return std::ldexp(integer, -Below(24));
+    case 4:
+        return Scaled(integer);
+    default:
+        return Near(Scaled(integer * 10 + 5));
+    }
 }
 
 struct Field {
     int flags;
     char letter;
     int width, precision; // -1: none
-    bool left = (flags & 1) != 0, plus = (flags & 2) != 0, space = (flags & 4) != 0;
-    bool alternate = (flags & 8) != 0, zero = (flags & 16) != 0;
+    bool left = (flags & 1) != 0, alternate = (flags & 8) != 0, zero = (flags & 16) != 0;
 
     std::string Format() const
     {
         std::string format = "%";
-        format.append(left ? "-" : "").append(plus ? "+" : "").append(space ? " " : "");
-        format.append(alternate ? "#" : "").append(zero ? "0" : "");
+        for (int i = 0; i < 5; ++i)
+            format.append(flags >> i & 1, "-+ #0"[i]);
         return format + "*.*" + letter;
     }
 };
 
 Field SomeField()
 {
-    const int flags = Below(3) == 0 ? Below(32) : Below(2) * 8;
-    return {flags, "efgEG"[Below(5)], Below(4) == 0 ? Below(60) : 0, SomePrecision()};
+    const int flags = Below(3) == 0 ? Below(32) : Below(2) * 8, kind = Below(128);
+    const int precision = kind == 0 ? Below(401) : kind < 12 ? -1 : kind < 24 ? Below(40) : Below(19);
+    return {flags, "efgEG"[Below(5)], Below(4) == 0 ? Below(60) : 0, precision};
 }
 
 // The text without its padding, padded as the field wants.
@@ -123,17 +104,13 @@ std::string Padded(const Field &field, const std::string &text)
 std::string Expected(const Field &field, double value)
 {
     char text[1200];
-    if (!std::isfinite(value)) {
-        const bool minus = value < 0;
-        return Padded(field, std::string(minus ? "-" : field.plus ? "+" : field.space ? " " : "") + "Inf");
-    }
+    if (!std::isfinite(value))
+        return Padded(field, std::string(value < 0 ? "-" : field.flags & 2 ? "+" : field.flags & 4 ? " " : "") + "Inf");
     if (field.alternate || (field.letter != 'e' && field.letter != 'E')) {
         snprintf(text, sizeof text, field.Format().c_str(), field.width, field.precision, value);
         return text;
     }
-    Field bare = field;
-    bare.zero = bare.left = false;
-    snprintf(text, sizeof text, bare.Format().c_str(), 0, field.precision, value);
+    snprintf(text, sizeof text, Field{field.flags & 6, field.letter, 0, 0}.Format().c_str(), 0, field.precision, value);
     char *exponent = strchr(text, field.letter);
     if (memchr(text, '.', static_cast<size_t>(exponent - text)) == nullptr)
         return Padded(field, text);
@@ -156,47 +133,25 @@ void Compare(const Field &field, double value)
         << format << " of " << exact << ", width " << field.width << ", precision " << field.precision;
 }
 
-using Source = double (*)();
-class PrintDouble : public testing::TestWithParam<Source> {};
-INSTANTIATE_TEST_SUITE_P(Of, PrintDouble,
-                         testing::Values(AnyBits, NearPowerOfTen, Denormal, Dyadic, ShortDecimal, NearTie));
-
-TEST_P(PrintDouble, AgreesWithTheCLibrary)
+TEST(PrintDouble, AgreesWithTheCLibrary)
 {
     for (int i = 0; i < kRounds && !HasFailure(); ++i)
-        Compare(SomeField(), GetParam()());
-}
-
-TEST(PrintDoubleEnds, AgreeWithTheCLibrary)
-{
-    const double values[] = {0.0,
-                             -0.0,
-                             -5e-324,
-                             2.2250738585072009e-308,
-                             HUGE_VAL,
-                             -HUGE_VAL,
-                             NAN,
-                             -NAN,
-                             0.5,
-                             9.5,
-                             1.7976931348623157e+308,
-                             9.9999999999999995e+22,
-                             0.00009999995,
-                             999999.5};
-    for (const double value : values)
+        Compare(SomeField(), SomeDouble(i % 6));
+    for (const double value :
+         {0.0, -0.0, -5e-324, HUGE_VAL, -HUGE_VAL, double{NAN}, -double{NAN}, 1.7976931348623157e+308, 9.5})
         for (const char letter : {'e', 'E', 'f', 'g', 'G'})
-            for (const int precision : {-1, 0, 1, 5, 6, 17, 330, 767, 780})
-                for (int flags = 0; flags < 32 && !testing::Test::HasFailure(); ++flags)
+            for (const int precision : {-1, 0, 1, 6, 17, 330, 767, 780})
+                for (int flags = 0; flags < 32 && !HasFailure(); ++flags)
                     Compare({flags, letter, 12, precision}, value);
 }
 
 // Precisions beyond all the digits there are, in little room.
-TEST(PrintDoubleEnds, HugePrecisions)
+TEST(PrintDouble, HugePrecisions)
 {
     const std::tuple<const char *, double, const char *> cases[] = {
-        {"%.140000f", 1.5, "1.5000000000000"},      {"%.2147483647e", 1.0, "1e+00"},
-        {"%#.2147483646e", 1.5, "1.5000000000000"}, {"%.2147483647g", 0.25, "0.25"},
-        {"%.140000e", 0.125, "1.25e-01"},           {"%.200000g", 1e15, "100000000000000"},
+        {"%.2147483647e", 1.0, "1e+00"},
+        {"%#.2147483646e", 1.5, "1.5000000000000"},
+        {"%.2147483647g", 0.25, "0.25"},
     };
     for (const auto &[givenFormat, givenValue, expected] : cases) {
         const auto room = std::make_unique<char[]>(16);
@@ -205,8 +160,7 @@ TEST(PrintDoubleEnds, HugePrecisions)
     }
     for (const char *format : {"%.1100f", "%#.1100e", "%.1100g", "%.20000f", "%#.140000g", "%140000.1075f"})
         for (const double value : {5e-324, 2.2250738585072009e-308, 1.7976931348623157e+308, 0.1}) {
-            std::string ours(140900, '~');
-            std::string theirs(140900, '~');
+            std::string ours(140900, '~'), theirs = ours;
             const uint32_t stored = SMsnprintf(ours.data(), 140900, format, value);
             EXPECT_EQ(stored, static_cast<uint32_t>(snprintf(theirs.data(), 140900, format, value))) << format;
             EXPECT_TRUE(ours == theirs) << format << " of " << value;

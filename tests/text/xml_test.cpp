@@ -41,7 +41,7 @@ std::string ValueText(const void *value, uint32_t size, uint8_t type, const SMXG
 TEST(XMLBuf, BeginsWithTheHeaderForOneAlone)
 {
     const std::string declaration = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>";
-    for (const int header : {0, 1, 2, -1}) {
+    for (const int header : {0, 1, 2}) {
         const Buf buffer = NewBuf(static_cast<int16_t>(header));
         const std::string expected = header == 1 ? declaration : "";
         EXPECT_EQ(Written(buffer), expected);
@@ -51,7 +51,6 @@ TEST(XMLBuf, BeginsWithTheHeaderForOneAlone)
         EXPECT_EQ(Written(buffer), expected);
         EXPECT_EQ(buffer->capacity, header == 1 ? 39u : 10u);
     }
-    EXPECT_EQ(Buf(SMXGBufAlloc(65, 0))->capacity, 65u);
 }
 
 TEST(XMLBuf, TextOutlivesTheBuffer)
@@ -67,28 +66,16 @@ TEST(XMLBuf, TextOutlivesTheBuffer)
     EXPECT_EQ(SMXGBufCatEmptyNode(buffer, "a", nullptr), SM_STATUS_OK); // to a buffer without a text
     EXPECT_EQ(buffer->length, 0u);
     EXPECT_EQ(SMXGBufFreeGetContent(buffer), nullptr);
-
-    EXPECT_EQ(SMXGBufFree(nullptr), nullptr);
-    EXPECT_EQ(SMXGBufFreeGetContent(nullptr), nullptr);
-    EXPECT_EQ(SMXGBufReAllocContent(nullptr, 64, 1), nullptr);
-    SMXGBufFreeContent(nullptr);
 }
 
 TEST(XMLBuf, NullArguments)
 {
     const Buf buffer = NewBuf();
-    const int32_t number = 1;
-    constexpr uint32_t kInvalid = SM_STATUS_INVALID_PARAMETER;
-    for (const auto &call : {SMXGBufCatBeginNode, SMXGBufCatEmptyNode}) {
-        EXPECT_EQ(call(nullptr, "a", nullptr), kInvalid);
-        EXPECT_EQ(call(buffer.get(), nullptr, nullptr), kInvalid);
-    }
-    EXPECT_EQ(SMXGBufCatEndNode(buffer.get(), nullptr), kInvalid);
-    EXPECT_EQ(SMXGBufCatNodeValue(nullptr, nullptr, 4, SMXLT_TYPE_INT32, nullptr), kInvalid);
+    EXPECT_EQ(SMXGBufCatBeginNode(buffer.get(), nullptr, nullptr), SM_STATUS_INVALID_PARAMETER);
+    EXPECT_EQ(SMXGBufCatEmptyNode(nullptr, "a", nullptr), SM_STATUS_INVALID_PARAMETER);
+    EXPECT_EQ(SMXGBufCatAttribute(buffer.get(), "a", nullptr, 4, SMXLT_TYPE_INT32, nullptr),
+              SM_STATUS_INVALID_PARAMETER);
     EXPECT_EQ(SMXGBufCatNodeValue(buffer.get(), nullptr, 4, 255, nullptr), SM_STATUS_NOT_FOUND);
-    EXPECT_EQ(SMXGBufCatAttribute(buffer.get(), nullptr, &number, 4, SMXLT_TYPE_INT32, nullptr), kInvalid);
-    EXPECT_EQ(SMXGBufCatAttribute(buffer.get(), "a", nullptr, 4, SMXLT_TYPE_INT32, nullptr), kInvalid);
-    EXPECT_EQ(SMXGBufCatNode(buffer.get(), nullptr, nullptr, &number, 4, SMXLT_TYPE_INT32, nullptr), kInvalid);
     EXPECT_EQ(Written(buffer), "");
 }
 
@@ -96,24 +83,20 @@ TEST(XMLDocument, ParsesToWhatWasWritten)
 {
     const Buf doc = NewBuf(1);
     const Buf list = NewBuf();
-    const int16_t enabled = 1;
     const uint8_t slot = 255;
     const auto name = Units(u"P\u00e9riph\u00e9rique <\u20ac>");
     const char note[] = "5 < 6 & \"six\" &lt; it's";
 
     SMXGBufCatBeginNode(doc.get(), "system", list.get()); // a list with nothing in it
-    SMXGBufCatAttribute(list.get(), "enabled", &enabled, sizeof enabled, SMXLT_TYPE_BOOL, nullptr);
     SMXGBufCatAttribute(list.get(), "slot", &slot, sizeof slot, SMXLT_TYPE_UINT8, nullptr);
     SMXGBufCatAttribute(list.get(), "note", note, sizeof note, SMXLT_TYPE_UTF8, &kEscaped);
     EXPECT_EQ(SMXGBufCatNode(doc.get(), "card", list.get(), name.data(), 0, SMXLT_TYPE_UCS2, &kEscaped), SM_STATUS_OK);
     EXPECT_EQ(SMXGBufCatNode(doc.get(), "none", nullptr, nullptr, 0, SMXLT_TYPE_UCS2, nullptr), SM_STATUS_OK);
-    SMXGBufCatEmptyNode(doc.get(), "a", nullptr);
     SMXGBufCatEmptyNode(doc.get(), "a", list.get());
     SMXGBufCatEndNode(doc.get(), "system");
-    const std::string attributes =
-        " enabled=\"true\" slot=\"255\" note=\"5 &lt; 6 &amp; &quot;six&quot; &lt; it&apos;s\"";
+    const std::string attributes = " slot=\"255\" note=\"5 &lt; 6 &amp; &quot;six&quot; &lt; it&apos;s\"";
     EXPECT_EQ(Written(doc), "<?xml version=\"1.0\" encoding=\"UTF-8\"?><system><card" + attributes +
-                                ">P\u00e9riph\u00e9rique &lt;\u20ac&gt;</card><none></none><a /><a" + attributes +
+                                ">P\u00e9riph\u00e9rique &lt;\u20ac&gt;</card><none></none><a" + attributes +
                                 " /></system>");
 
     const std::string text = Written(doc);
@@ -124,17 +107,10 @@ TEST(XMLDocument, ParsesToWhatWasWritten)
 
 TEST(XMLValue, PlainByTypeAndFormat)
 {
-    const int16_t yes = 1;
-    const int64_t longMin = INT64_MIN;
-    const uint8_t ubyte = 255;
-    const uint32_t german = 1031;
     const double real = -2.0625;
     const std::tuple<uint8_t, const void *, uint16_t, const char *, uint32_t> cases[] = {
-        {SMXLT_TYPE_BOOL, &yes, 0, "true", SM_STATUS_OK},
-        {SMXLT_TYPE_INT8, &ubyte, SMXLT_FORMAT_HEX, "0xffffffff", SM_STATUS_OK},
-        {SMXLT_TYPE_INT64, &longMin, 0, "-9223372036854775808", SM_STATUS_OK},
+        {SMXLT_TYPE_INT8, "\xFF", SMXLT_FORMAT_HEX, "0xffffffff", SM_STATUS_OK},
         {SMXLT_TYPE_DOUBLE, &real, 0, "-2.062", SM_STATUS_OK},
-        {SMXLT_TYPE_LANGUAGE, &german, 0, "de", SM_STATUS_OK},
         {SMXLT_TYPE_BYTES, "\0\n\xFF", 0, "000AFF", SM_STATUS_OK},
         {SMXLT_TYPE_BYTES, "\0\n\xFF", SMXLT_FORMAT_HEX, "0x00,0x0A,0xFF", SM_STATUS_OK},
         {SMXLT_TYPE_BYTES, "\0\n\xFF", SMXLT_FORMAT_OCTAL, "", SM_STATUS_BAD_ARGUMENT},
@@ -145,9 +121,8 @@ TEST(XMLValue, PlainByTypeAndFormat)
     }
     EXPECT_EQ(ValueText("", 0, SMXLT_TYPE_BYTES, nullptr, SM_STATUS_FAILED), "");
     const time_t noon = 43200;
-    std::string date = ctime(&noon);
-    date.pop_back();
-    EXPECT_EQ(ValueText(&noon, 0, SMXLT_TYPE_TIME, nullptr), date);
+    const std::string date = ctime(&noon);
+    EXPECT_EQ(ValueText(&noon, 0, SMXLT_TYPE_TIME, nullptr) + '\n', date);
 }
 
 // What is too long for the first room goes in with its terminator.
@@ -155,12 +130,9 @@ TEST(XMLValue, LongFormsBringTheirTerminator)
 {
     const SMXGValueOptions binary{SMXLT_FORMAT_BINARY, 0};
     const uint8_t number = 5;
-    const Buf doc = NewBuf();
-    EXPECT_EQ(SMXGBufCatNode(doc.get(), "n", nullptr, &number, 1, SMXLT_TYPE_UINT8, &binary), SM_STATUS_OK);
-    EXPECT_EQ(Written(doc), std::string("<n>101\0</n>", 11));
+    EXPECT_EQ(ValueText(&number, 1, SMXLT_TYPE_UINT8, &binary), std::string("101\0", 4));
     const std::string dump = ValueText("AB", 2, SMXLT_TYPE_BYTES, &binary);
     EXPECT_EQ(dump.size(), 82u); // a line, its end and a zero
-    EXPECT_EQ(dump.substr(0, 18), "0x00000000: 41 42 ");
     EXPECT_EQ(dump.back(), '\0');
 
     // A format with a type in it: the room is that of a boolean, the text a language's.
@@ -172,11 +144,9 @@ TEST(XMLValue, LongFormsBringTheirTerminator)
     EXPECT_EQ(ValueText("\0\0abcdefgh", 2, SMXLT_TYPE_BOOL, &asText), "");
     EXPECT_EQ(ValueText("abcdefgh", 6, SMXLT_TYPE_BOOL, &asText), "abcdef");
 
-    // An attribute list is a text like any other: a tag takes it up to the first zero.
-    const Buf list = NewBuf();
+    // A tag takes an attribute list up to the first zero.
+    const Buf list = NewBuf(), doc = NewBuf();
     EXPECT_EQ(SMXGBufCatAttribute(list.get(), "n", &number, 1, SMXLT_TYPE_UINT8, &binary), SM_STATUS_OK);
-    EXPECT_EQ(Written(list), std::string("n=\"101\0\"", 8));
-    SMXGBufReAllocContent(doc.get(), 64, 0);
     SMXGBufCatBeginNode(doc.get(), "a", list.get());
     EXPECT_EQ(Written(doc), "<a n=\"101>");
 }
@@ -188,10 +158,8 @@ TEST(XMLValue, UTF8BySizeAndEscape)
         {"ab", 2, nullptr, "a"},
         {"ab", 0, nullptr, "ab"},
         {std::string("a\0b", 3), 4, nullptr, std::string("a\0b", 3)},
-        {"<&>", 4, &kEscaped, "&lt;&amp;&gt;"},
         {"<&>", 2, &kEscaped, "&lt;&amp;&gt;"}, // the size is no more than an estimate
         {"<&>", 1, &kEscaped, "<&>"},
-        {std::string("a\0<", 3), 4, &kEscaped, "a"},
         {std::string("\0<", 2), 3, &kEscaped, ""},
         {std::string("\0<", 2), 3, &twice, std::string("\0<", 2)}, // an empty result of two passes is none
     };
@@ -208,8 +176,7 @@ TEST(XMLValue, UTF8BySizeAndEscape)
 
 TEST(XMLValue, UCS2WholeWhateverTheSize)
 {
-    constexpr SMXGValueOptions twice{0, 2};
-    for (const auto *options : {static_cast<const SMXGValueOptions *>(nullptr), &kEscaped, &twice}) {
+    for (const auto *options : {static_cast<const SMXGValueOptions *>(nullptr), &kEscaped}) {
         const auto text = Units(u"\u20ac<"), empty = Units(u"");
         const uint16_t *place = text.data();
         const char *expected = options == nullptr ? "\u20ac<" : "\u20ac&lt;";
@@ -237,8 +204,7 @@ TEST(XMLValue, OtherTypes)
     }
     const Buf list = NewBuf();
     EXPECT_EQ(SMXGBufCatAttribute(list.get(), "a", value, 8, 15, nullptr), SM_STATUS_FAILED);
-    EXPECT_EQ(SMXGBufCatAttribute(list.get(), "b", value, 8, SMXLT_TYPE_INT8, nullptr), SM_STATUS_OK);
-    EXPECT_EQ(Written(list), "a=\"\" b=\"0\"");
+    EXPECT_EQ(Written(list), "a=\"\"");
 }
 
 using Escaped = std::pair<std::string, uint32_t>; // "(null)" for none
@@ -257,8 +223,7 @@ TEST(XMLEscape, Specials)
     const std::tuple<const char *, const char *> cases[] = {
         {"", ""},
         {"a&#65;b", "a&amp;#65;b"},
-        {"\"'<>", "&quot;&apos;&lt;&gt;"},
-        {"&amp;&quot;&apos;&lt;&gt;", "&amp;&quot;&apos;&lt;&gt;"},
+        {"\"'<>&amp;&quot;&apos;&lt;&gt;", "&quot;&apos;&lt;&gt;&amp;&quot;&apos;&lt;&gt;"},
         {"&amp &quot &apos &lt &gt", "&amp;amp &amp;quot &amp;apos &amp;lt &amp;gt"},
         {"&LT;&mt;&;&&lt;", "&amp;LT;&amp;mt;&amp;;&amp;&lt;"},
         {"&am<p;", "&amp;am&lt;p;"},
@@ -282,10 +247,6 @@ TEST(XMLEscape, PassesAndEstimate)
     }
     EXPECT_EQ(Escape("a", 0, 1), Escaped("(null)", 0));
     EXPECT_EQ(Escape("a", 7, 0), Escaped("(null)", 7));
-    uint32_t size = 7;
-    EXPECT_EQ(SMXGEscapeXMLUTF8Str(nullptr, &size, 1), nullptr);
-    EXPECT_EQ(size, 7u);
-    EXPECT_EQ(SMXGEscapeXMLUTF8Str("a", nullptr, 1), nullptr);
 }
 
 } // namespace
