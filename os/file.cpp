@@ -164,7 +164,7 @@ uint32_t SMGetTmpFile(const char *directory, char *buffer, uint32_t *size)
     return SM_STATUS_FAILED;
 }
 
-// By way of a stream: of files that don't know their size, such as those of /proc, it makes 0 and no failure.
+// As a stream would tell it: of files that don't know their size, such as those of /proc, it makes 0 and no failure.
 uint32_t SMGetSizeOfFile(const char *path, uint32_t *size)
 {
     *size = 0;

@@ -63,8 +63,9 @@ SM_EXPORT uint32_t SMDeleteFile(const char *path);
  *   SM_STATUS_FILE_EXISTS       the destination exists, and overwrite is 0
  *   SM_STATUS_NO_MEMORY         memory ran out
  *   SM_STATUS_FAILED            the destination cannot be opened; reading or writing failed
- * A failure after the first three leaves what was copied so far, or an empty destination. A write that the system
- * cuts short counts as complete: on a disk that fills up the copy may lack a piece. */
+ * A failure once the destination is open (memory, reading, writing, a full disk) leaves what was copied so far, or an
+ * empty destination; any other leaves it alone. A write that the system cuts short counts as complete: on a disk that
+ * fills up the copy may lack a piece. */
 SM_EXPORT uint32_t SMFileCopy(const char *source, const char *destination, uint16_t overwrite);
 SM_EXPORT uint32_t SMFileCopyAndSync(const char *source, const char *destination, uint16_t overwrite);
 
@@ -73,7 +74,8 @@ SM_EXPORT uint32_t SMFileCopyAndSync(const char *source, const char *destination
  *   create       0: it must exist; else it is made where it is missing, with the source's mode
  * Returns what SMFileCopy does, but
  *   SM_STATUS_FILE_NOT_FOUND  also for a missing destination when create is 0
- * and never SM_STATUS_FILE_EXISTS. */
+ * and never SM_STATUS_FILE_EXISTS. A failure keeps what the destination held, and what was appended so far behind it.
+ */
 SM_EXPORT uint32_t SMFileAppend(const char *source, const char *destination, uint16_t create);
 SM_EXPORT uint32_t SMFileAppendAndSync(const char *source, const char *destination, uint16_t create);
 

@@ -7,7 +7,10 @@
  * SMSharedMemCreate of the name picks the segment up.
  * A handle belongs to the process that made it. Create and Open take the guard's unit for a moment to tell whether
  * the creator lives: two of them at the same time may mistake each other for it. Who wants to be safe from that
- * does both under a named mutex.
+ * does both under a named mutex. A process killed in that moment leaves the name as if its creator lived: Create gives
+ * NULL until the guard is removed (ipcrm).
+ * Create and Open give a new name its key in the registry file, and may take it from a name when memory runs out, as
+ * semaphore.h tells.
  * Threads: calls with different handles may run at once. Nothing here locks the bytes of a segment. */
 #ifndef QZVEST_SHAREDMEM_H
 #define QZVEST_SHAREDMEM_H
@@ -45,7 +48,8 @@ SM_EXPORT void *SMSharedMemGetAddressPtr(SMSharedMem *handle);
 
 /* SMSharedMemFree - detach a segment and end the handle. The handle that made the segment removes it and the guard,
  * too: no other process can attach it from then on, and those that have it attached keep it. A handle that
- * opened the segment or took it over removes nothing.
+ * opened the segment or took it over removes nothing; the latter leaves the guard taken until its process ends, so that
+ * until then Create of the name gives NULL, and Open finds the segment.
  * Nothing for NULL and for a handle of another kind. */
 SM_EXPORT void SMSharedMemFree(SMSharedMem *handle);
 
