@@ -14,6 +14,9 @@
 namespace qzvest {
 namespace {
 
+constexpr mode_t kDefaultMode = 0600; // of a file that goes meanwhile
+constexpr mode_t kOwnerBits = 0700;
+
 int OpenToRead(const char *path)
 {
     return open(path, O_RDONLY | O_CLOEXEC);
@@ -100,13 +103,13 @@ uint32_t WriteTemporary(const char *key, const Value &value, const char *path, c
     const Descriptor input(OpenToRead(path));
     if (!input)
         return SM_STATUS_INI_OPEN_FAILED;
-    // Nobody may read the copy who may not read the file; the swap gives it the full mode.
-    constexpr mode_t kOwnerBits = 0700;
+    const mode_t mode = SMFileModeGet(path, kDefaultMode, kKeepSticky);
     int descriptor;
-    uint32_t status = CreateTmpFile(directory, temporary, SMFileModeGet(path, 0600, 0) & kOwnerBits, descriptor);
+    uint32_t status = CreateTmpFile(directory, temporary, mode & kOwnerBits, descriptor);
     if (status != SM_STATUS_OK)
         return status;
     Descriptor output(descriptor);
+    (void)fchmod(output.Get(), mode); // now, so that a crash behind the swap cannot leave another
     HeapPtr<char> entry;
     uint32_t entrySize = 0;
     status = MakeEntry(key, value, entry, entrySize);

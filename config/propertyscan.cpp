@@ -170,10 +170,10 @@ uint32_t PropertyFind(int descriptor, const char *key, char *text, uint32_t *siz
     Entry entry;
     int64_t start;
     if (!FindEntry(lines, key, entry, start))
-        return SM_STATUS_INI_NO_KEY;
+        return lines.Failed() ? SM_STATUS_FAILED : SM_STATUS_INI_NO_KEY;
     Room room = {text, text != nullptr ? *size : 0};
     ReadValue(lines, entry.value, [&room](std::string_view piece) { room.Add(piece); });
-    return room.Close(size);
+    return lines.Failed() ? SM_STATUS_FAILED : room.Close(size); // half a value is none
 }
 
 uint32_t PropertyList(int descriptor, char *keys, uint32_t *size)
@@ -192,6 +192,8 @@ uint32_t PropertyList(int descriptor, char *keys, uint32_t *size)
         }
         room.used += need;
     }
+    if (lines.Failed())
+        return SM_STATUS_FAILED;
     const bool empty = room.used == 0;
     if (!empty && given < room.size)
         keys[given] = '\0';

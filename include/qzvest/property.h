@@ -38,8 +38,8 @@ extern "C" {
  *                  else: success, and nothing is delivered
  *   typeAndFormat  type and format of the value, as in typedvalue.h
  *   dest           takes the value; NULL asks for its size, with *destSize 0
- *   destSize       in: bytes at dest; out: as SMXLTUTF8ToTypeValue says, for the keys the bytes of all, and unchanged
- *                  when there is no value
+ *   destSize       in: bytes at dest; out: as SMXLTUTF8ToTypeValue says; for the keys the bytes of all, 1 for none;
+ *                  unchanged when the key is missing
  *   defaultValue   goes to dest as it is after any failure but one of the lock, if defaultSize bytes fit there;
  *                  *destSize is then defaultSize. The status stays that of the failure. May be NULL; not in dest
  *                  itself, which a list or text that does not fit may have changed
@@ -50,10 +50,12 @@ extern "C" {
  *   SM_STATUS_INI_OPEN_FAILED    the file can't be opened
  *   SM_STATUS_INI_NO_KEY         no such key; no keys at all
  *   SM_STATUS_INVALID_PARAMETER  destSize or pathFileName is NULL
- *   SM_STATUS_NO_MEMORY          memory ran out
+ *   SM_STATUS_NO_MEMORY          memory ran out, or the lock's record can't be made: the path is empty, or the IPC
+ *                                directory's has more than 213 bytes
  *   SM_STATUS_TIMEOUT            the lock is held by another
- *   SM_STATUS_ACCESS_DENIED      the lock file can't be opened for lack of permission; SM_STATUS_FAILED for any other
- *                                reason */
+ *   SM_STATUS_ACCESS_DENIED      the lock file can't be opened for lack of permission
+ *   SM_STATUS_FAILED             the lock file can't be opened for any other reason; the file can't be read to the end
+ *                                of what was asked for */
 SM_EXPORT uint32_t SMPropertyFileReadValue(const char *key, uint32_t typeAndFormat, void *dest, uint32_t *destSize,
                                            const void *defaultValue, uint32_t defaultSize, const char *pathFileName,
                                            int16_t waitForLock);
@@ -80,7 +82,7 @@ SM_EXPORT uint32_t SMPropertyFileReadValue(const char *key, uint32_t typeAndForm
  *   SM_STATUS_ACCESS_DENIED      done, but the old version can't be removed; or the lock file can't be opened for lack
  *                                of permission
  *   SM_STATUS_INVALID_PARAMETER  key, value or pathFileName is NULL
- *   SM_STATUS_NO_MEMORY          memory ran out
+ *   SM_STATUS_NO_MEMORY          as for the read
  *   SM_STATUS_TIMEOUT            the lock is held by another
  *   SM_STATUS_FAILED             no name for the temporary file; reading or copying failed before the new line; the old
  *                                version can't be moved away; the lock file can't be opened

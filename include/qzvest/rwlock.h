@@ -6,7 +6,8 @@
  * counters are this handle's own: it keeps apart the threads that use this handle, but neither processes nor two
  * handles of one name. What handles of one name share is a short section inside each call, and wake-ups.
  * Neither form can be turned from reading to writing or back while held. A holder's second read lock succeeds,
- * unless, in the named form, a writer waits.
+ * unless, in the named form, a writer waits. A second lock by the holder of the write lock fails at once without a name
+ * (SM_STATUS_FAILED), and waits in vain with one.
  * Threads: all calls but SMRWLDestroy may be made from any thread at any time. */
 #ifndef QZVEST_RWLOCK_H
 #define QZVEST_RWLOCK_H
@@ -22,7 +23,8 @@ extern "C" {
 /* SMRWLCreate - a new lock, free. All processes create; there is nothing to open.
  *   name  NULL for a lock without a name
  * Returns the handle, which SMRWLDestroy ends, or NULL for an empty name, without a usable IPC directory (named),
- *   and when the system's means or memory run out. The named form's file and System V set have the mode 0600. */
+ *   when another user has made the name's file or set, which have the mode 0600, and when the system's means or memory
+ *   run out. */
 SM_EXPORT SMRWL *SMRWLCreate(const char *name);
 
 /* SMRWLDestroy - end a lock. In the named form waiting threads are woken and give SM_STATUS_FAILED; they have but a

@@ -25,9 +25,10 @@ extern "C" {
  *   pathFileName  the table; NULL delivers "Invalid Path File Name" as the text
  *   dest          takes the text; may be NULL
  *   destSize      in: bytes at dest; out: bytes delivered. May be NULL
- * When memory runs out, "Failed to allocate memory" is delivered as the text.
+ * When memory runs out for its own buffers, "Failed to allocate memory" is delivered as the text.
  * Returns the bytes of the text with its terminator, which dest holds; with both dest and destSize NULL those that it
- * would need. 0, also in *destSize, if there is no such text, dest is too small, or just one of the two is NULL. */
+ * would need. 0, also in *destSize, if there is no such text, the table cannot be read (its file, its lock or memory
+ * for them is not to be had), dest is too small, or just one of the two is NULL. */
 SM_EXPORT uint32_t SMGetUTF8StrFromIDPathFile(uint32_t stringId, uint32_t *languageId, const char *pathFileName,
                                               char *dest, uint32_t *destSize);
 
@@ -42,8 +43,9 @@ SM_EXPORT uint32_t SMGetUTF8StrFromIDPathFile(uint32_t stringId, uint32_t *langu
  * 2. If twice the bytes of the text in UTF-8 is more than *destSize, that need, with dest left alone: compare before
  * use.
  * Without dest or without destSize, the bytes of the text in UTF-8.
- * 0 if the table's place is not known, memory runs out, *destSize is below 2 for a text that is not there, or the text
- * is not valid UTF-8: dest may then hold the beginning of it, without a terminator. */
+ * When memory runs out, the text is "Failed to allocate memory" or empty.
+ * 0 if the table's place is not known or finds no memory, *destSize is below 2 for a text that is not there, or the
+ * text is not valid UTF-8: dest may then hold the beginning of it, without a terminator. */
 SM_EXPORT uint32_t SMGetUCS2StrFromID(uint32_t stringId, uint32_t *languageId, uint16_t *dest, uint32_t *destSize);
 
 #ifdef __cplusplus

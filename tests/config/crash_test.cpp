@@ -14,6 +14,7 @@ namespace {
 const std::string kMissing = "(missing)"; // as the fixture's Get says it
 const std::string kSections = "[one]\na=1\nb=2\n\n[two]\nc=3\n";
 const std::string kProperties = "a=1\nb=2\n";
+constexpr auto kMode = std::filesystem::perms{0664};
 
 struct Change {
     std::string name;
@@ -76,8 +77,10 @@ protected:
         for (const std::string &place : {folder, locks})
             for (const auto &entry : std::filesystem::directory_iterator(place))
                 std::filesystem::remove(entry);
-        if (change.old != kMissing)
+        if (change.old != kMissing) {
             Put(change.old);
+            std::filesystem::permissions(path, kMode);
+        }
     }
 
     uint32_t Make(const Change &change) const
@@ -134,6 +137,7 @@ void Crash::CheckAfterKill(const Change &change, std::set<std::string> &states) 
     const std::string backup = Get(path + ".bak");
     const bool isSwapping = backup != kMissing;
     const bool isChanged = found == change.changed;
+    EXPECT_TRUE(change.old == kMissing || found == kMissing || std::filesystem::status(path).permissions() == kMode);
     if (isSwapping) {
         EXPECT_EQ(backup, change.old);
         EXPECT_TRUE(isChanged || found == kMissing) << found;
@@ -250,6 +254,46 @@ TEST_F(Crash, LeavesTheOldOrTheNew)
 {
     for (const Change &change : kChanges)
         SweepKills(change);
+}
+
+// A value, or a list of keys, that goes beyond what is read at once.
+TEST_F(Crash, FaultsOfReadsDeliverNoHalves)
+{
+    std::string value, keys;
+    for (int line = 0; line < 20; ++line) {
+        value += std::string(8000, 'v') + "\n";
+        keys += "long";
+        keys += '\0';
+    }
+    std::string content;
+    for (const char byte : value)
+        content += byte == '\n' ? "\\\n" : std::string(1, byte);
+    for (const bool lists : {false, true}) {
+        std::string expected = lists ? keys : value;
+        expected += '\0';
+        std::string whole;
+        for (int times = lists ? 20 : 1; times > 0; --times)
+            whole += "long=" + content + "end\n";
+        if (!lists)
+            expected.insert(expected.size() - 1, "end");
+        Put(whole);
+        int faults = 0;
+        for (bool reached = true; reached; ++faults) {
+            const auto work = [&] {
+                std::vector<char> dest(expected.size());
+                auto size = static_cast<uint32_t>(dest.size());
+                TraceBegin();
+                const uint32_t status = SMPropertyFileReadValue(lists ? nullptr : "long", SMXLT_TYPE_UTF8, dest.data(),
+                                                                &size, nullptr, 0, path.c_str(), 1);
+                TraceEnd();
+                return status != SM_STATUS_OK ? 2 : std::string(dest.data(), size) == expected ? 0 : 1;
+            };
+            const TraceOutcome outcome = Trace(work, {faults + 1, EIO, TakesFileCall});
+            reached = outcome.reached;
+            EXPECT_NE(outcome.exitCode, 1) << faults;
+        }
+        EXPECT_GT(faults, 8);
+    }
 }
 
 TEST_F(Crash, FaultsAreTold)
