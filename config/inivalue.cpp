@@ -129,12 +129,14 @@ struct Default {
 // The value's text, in a heap buffer of room bytes.
 uint32_t ReadText(const Place &place, char *text, uint32_t room)
 {
+    if (*place.path == '\0')
+        return SM_STATUS_BAD_ARGUMENT;
     return INIRead(place.section, place.key, text, &room, nullptr, 0, place.path, place.wait).status;
 }
 
 uint32_t ReadFixed(const Place &place, const FixedType &type, void *dest, uint32_t *destSize, const Default &fallback)
 {
-    if (*destSize < type.size || *place.path == '\0')
+    if (*destSize < type.size)
         return SM_STATUS_BAD_ARGUMENT;
     const HeapPtr<char> text = HeapRoom<char>(kIniValueRoom);
     uint32_t status = text ? ReadText(place, text.get(), kIniValueRoom) : SM_STATUS_FAILED;
@@ -170,7 +172,7 @@ Bytes ReadByteText(const Place &place, char *text)
 
 uint32_t ReadBytes(const Place &place, void *dest, uint32_t *destSize, const Default &fallback)
 {
-    if (*destSize == 0 || *place.path == '\0')
+    if (*destSize == 0)
         return SM_STATUS_BAD_ARGUMENT;
     const HeapPtr<char> text = HeapRoom<char>(kBytesTextRoom);
     const Bytes read = text ? ReadByteText(place, text.get()) : Bytes{nullptr, 0, SM_STATUS_NO_MEMORY};

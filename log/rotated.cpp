@@ -5,9 +5,11 @@
 #include <sys/uio.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstdio>
 #include <cstring>
 #include <ctime>
+#include <iterator>
 
 #include "compat/print.h"
 #include "os/descriptor.h"
@@ -56,9 +58,30 @@ iovec PieceOf(const char *text)
     return {const_cast<char *>(text), std::strlen(text)};
 }
 
+// The message is one write, as a line of other writers is; more only where a signal or the system cuts one short. That
+// it failed is not told.
+void WriteMessage(int file, const char *prefix, const char *message, const char *suffix)
+{
+    iovec pieces[] = {PieceOf(prefix), PieceOf(message), PieceOf(suffix)};
+    iovec *const end = std::end(pieces);
+    for (iovec *next = pieces; next != end;) {
+        const ssize_t result = writev(file, next, static_cast<int>(end - next));
+        if (result < 0 && errno == EINTR)
+            continue;
+        if (result < 0)
+            return;
+        auto written = static_cast<size_t>(result);
+        for (; next != end && written >= next->iov_len; ++next)
+            written -= next->iov_len;
+        if (next != end) {
+            next->iov_base = static_cast<char *>(next->iov_base) + written;
+            next->iov_len -= written;
+        }
+    }
+}
+
 } // namespace
 
-// The message is one write, as a line of other writers is. That it failed is not told.
 uint32_t SMFileLogMsgToRotatedLog(const char *message, const char *pathFileName, uint32_t maxSize, uint32_t generations,
                                   uint32_t flags)
 {
@@ -73,8 +96,7 @@ uint32_t SMFileLogMsgToRotatedLog(const char *message, const char *pathFileName,
     if (!file)
         return SM_STATUS_FAILED;
     (void)fchmod(file.Get(), mode);
-    const iovec pieces[] = {PieceOf(prefix), PieceOf(message), PieceOf(suffix)};
-    [[maybe_unused]] const ssize_t written = writev(file.Get(), pieces, std::size(pieces));
+    WriteMessage(file.Get(), prefix, message, suffix);
     return SM_STATUS_OK;
 }
 

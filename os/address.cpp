@@ -93,9 +93,7 @@ uint32_t SMGetDNSSuffixNameName(char *buffer, uint32_t *size)
     const auto need = static_cast<uint32_t>(std::strlen(suffix) + 1);
     const bool fits = *size >= need;
     *size = need;
-    if (buffer == nullptr)
-        return SM_STATUS_OK;
-    if (fits)
+    if (fits && buffer != nullptr)
         std::memcpy(buffer, suffix, need);
     return fits ? SM_STATUS_OK : SM_STATUS_BUFFER_TOO_SMALL;
 }

@@ -100,6 +100,18 @@ TEST_F(IniValue, AppliesDefaultsOfTheTypesSize)
     }
 }
 
+TEST_F(IniValue, AnEmptyPathGivesTheDefaultOfATypedValue)
+{
+    for (const uint32_t type : {INI_TYPE_UINT64, INI_TYPE_BINARY}) {
+        uint64_t value = 1;
+        const uint64_t fallback = 7;
+        uint32_t size = 10;
+        EXPECT_EQ(SMReadINIPathFileValue("a", "k", type, &value, &size, &fallback, 8, "", 1), SM_STATUS_BAD_ARGUMENT);
+        EXPECT_EQ(value, 7u);
+        EXPECT_EQ(size, 8u);
+    }
+}
+
 TEST_F(IniValue, ReadsBytesAndTexts)
 {
     struct {

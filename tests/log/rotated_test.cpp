@@ -1,9 +1,14 @@
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <qzvest/rotatedlog.h>
 #include <qzvest/thread.h>
+#include <sched.h>
+#include <sys/ioctl.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
+#include <csignal>
 #include <cstdlib>
 #include <ctime>
 #include <filesystem>
@@ -139,6 +144,35 @@ TEST_F(RotatedLog, MessagesRotateWhatHasGrownBeyondTheLimit)
     const std::string message(100000, 'm');
     ASSERT_EQ(Say(message.c_str(), 2, 0, SM_ROTATED_LINE_FEED | 8), SM_STATUS_OK); // deletes what there was
     EXPECT_EQ(Get(), (Files{{"log", message + "\n"}, {"log.1", "12345%s%n"}}));
+}
+
+TEST_F(RotatedLog, AMessageThatASignalCutsShortGoesOn)
+{
+    ASSERT_EQ(mkfifo(path_.c_str(), 0600), 0);
+    const std::string message(200000, 'm');
+    const pid_t writer = fork();
+    if (writer == 0) {
+        struct sigaction action = {};
+        action.sa_handler = [](int) {};
+        sigaction(SIGUSR1, &action, nullptr);
+        _exit(static_cast<int>(Say(message.c_str(), UINT32_MAX, 1, SM_ROTATED_LINE_FEED)));
+    }
+    const int fifo = open(path_.c_str(), O_RDONLY | O_CLOEXEC);
+    const int room = fcntl(fifo, F_GETPIPE_SZ);
+    for (int held = 0; held < room; sched_yield())
+        ASSERT_EQ(ioctl(fifo, FIONREAD, &held), 0);
+    ASSERT_EQ(kill(writer, SIGUSR1), 0); // while it waits for room
+    std::string found;
+    char piece[4096];
+    for (ssize_t got; (got = read(fifo, piece, sizeof piece)) > 0;)
+        found.append(piece, static_cast<size_t>(got));
+    EXPECT_EQ(found.size(), message.size() + 1);
+    EXPECT_EQ(found.back(), '\n');
+    int status = -1;
+    EXPECT_EQ(waitpid(writer, &status, 0), writer);
+    EXPECT_EQ(status, 0);
+    close(fifo);
+    std::filesystem::remove(path_);
 }
 
 TEST_F(RotatedLog, ANewFileHasTheModeOfTheOldOne)

@@ -71,7 +71,7 @@ TEST(DNSSuffix, IsThatOfTheCanonicalName)
     EXPECT_EQ(qzvest::SMGetDNSSuffixNameName(buffer.data(), &size), SM_STATUS_BUFFER_TOO_SMALL);
     EXPECT_EQ(size, 13u);
     EXPECT_EQ(buffer, "################");
-    EXPECT_EQ(qzvest::SMGetDNSSuffixNameName(nullptr, &(size = 0)), SM_STATUS_OK);
+    EXPECT_EQ(qzvest::SMGetDNSSuffixNameName(nullptr, &(size = 0)), SM_STATUS_BUFFER_TOO_SMALL);
     EXPECT_EQ(size, 13u);
     EXPECT_EQ(Failing(1, [&] { return qzvest::SMGetDNSSuffixNameName(buffer.data(), &size); }), SM_STATUS_NO_MEMORY);
     EXPECT_EQ(qzvest::SMGetDNSSuffixNameName(buffer.data(), &size), SM_STATUS_OK);
