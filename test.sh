@@ -15,7 +15,7 @@ export ASAN_OPTIONS=detect_leaks=1:detect_stack_use_after_return=1 UBSAN_OPTIONS
 mkdir -p "$logs"
 
 needs=(cmake:cmake ninja:ninja-build gcc:gcc g++:g++ nm:binutils /usr/include/stdio.h:libc6-dev
-    clang-tidy:clang-tidy clang-format:clang-format pkg-config:pkg-config valgrind:valgrind
+    clang-tidy:clang-tidy clang-format:clang-format pkg-config:pkg-config valgrind:valgrind doxygen:doxygen
     /usr/include/gtest/gtest.h:libgtest-dev /usr/include/zlib.h:zlib1g-dev
     /usr/include/libxml2/libxml/parser.h:libxml2-dev)
 
@@ -98,6 +98,10 @@ format() {
     sources $library_folders include tests bench examples | xargs clang-format --dry-run -Werror
 }
 
+docs() {
+    cmake --build --preset release --target docs && scripts/check-docs build/release/docs
+}
+
 tidy() {
     # shellcheck disable=SC2086
     sources $library_folders | grep 'cpp$' | xargs -P "$jobs" -n 1 clang-tidy --quiet -p build/release
@@ -121,6 +125,7 @@ check "exports" scripts/check-exports build/release/libqzvest.so
 check "shared object" scripts/check-elf build/release/libqzvest.so
 check "headers" scripts/check-headers
 check "includes" scripts/check-includes
+check "docs" docs
 check "install" tests/install/install_test.sh build/installed
 check "format" format
 check "clang-tidy" tidy
