@@ -50,6 +50,7 @@ SM_EXPORT uint32_t SMForceXMLLogExists(const char *pathFileName, int16_t flag);
 
 /* SMGetBackupXMLLogPathFileName - the path of a log's backup: "_" in place of the last character.
  *   pathFileName  at least 2 bytes
+ *   dest          takes the path; NULL is too small
  *   destSize      in: bytes of dest; out: bytes of the path with its terminator
  * Returns SM_STATUS_OK; SM_STATUS_BUFFER_TOO_SMALL; SM_STATUS_INVALID_PARAMETER (the path NULL or too short, destSize
  *   NULL). */
