@@ -17,11 +17,13 @@ extern "C" {
  * Returns the sum; 0 for no bytes. */
 SM_EXPORT uint32_t SMCRC32Compute_vn(const void *bytes, uint32_t size);
 
-/* SMCRC32Compute_str - the CRC-32 of a text without its terminator. */
+/* SMCRC32Compute_str - the CRC-32 of a text without its terminator.
+ * Returns the sum; 0 for the empty text. */
 SM_EXPORT uint32_t SMCRC32Compute_str(const char *text);
 
 /* SMCRC32Compute_strncase - the CRC-32 of a text folded to lower case, byte by byte, as tolower does in the
- * current locale. In spite of the name there is no length. */
+ * current locale. In spite of the name there is no length.
+ * Returns the sum; 0 for the empty text. */
 SM_EXPORT uint32_t SMCRC32Compute_strncase(const char *text);
 
 /* SMGenerateCRC32 - a sum over a fixed number of bytes. It is another sum than that of the calls above, with

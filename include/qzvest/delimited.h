@@ -51,10 +51,10 @@ SM_EXPORT char *SMUTF8ConvertXSVToYSV(const char *source, char fromDelimiter, ch
  * The search ends at the "V" line after the vendor's and at the "D" line after the device's. An "O" line that matches
  * replaces the name of the device, and so does an "S" line: the last one stays.
  *
- * Status: SM_STATUS_INVALID_PARAMETER for a NULL, then nothing changes; for a size of 0, and for an empty path, which
- *         makes both names empty. SM_STATUS_NO_MEMORY. SM_STATUS_FILE_NOT_FOUND when the file cannot be opened or has
- *         no line of the vendor or no "D" line of the device; names that were found on the way stay.
- * After every failure but that of a NULL the sizes tell the names' lengths, 0 where there is none. */
+ * Status: SM_STATUS_OK when vendor and device were found. SM_STATUS_INVALID_PARAMETER for a NULL, then nothing changes;
+ * for a size of 0, and for an empty path, which makes both names empty. SM_STATUS_NO_MEMORY. SM_STATUS_FILE_NOT_FOUND
+ * when the file cannot be opened or has no line of the vendor or no "D" line of the device; names that were found on
+ * the way stay. After every failure but that of a NULL the sizes tell the names' lengths, 0 where there is none. */
 SM_EXPORT uint32_t SMReadPCIDevFile(uint16_t vendorId, uint16_t deviceId, uint16_t subVendorId, uint16_t subDeviceId,
                                     const char *pathFileName, char *vendorName, uint32_t *vendorNameSize,
                                     char *deviceName, uint32_t *deviceNameSize);

@@ -54,7 +54,7 @@ SM_EXPORT uint32_t SMAppendToLog(uint8_t logTargets, uint16_t type, uint16_t cat
 SM_EXPORT uint32_t SMClearLog(uint8_t logTargets, uint16_t category, const char *source);
 
 /* SMGetLogPathFileName - the path of a log; with both files in the mask, that of the XML log.
- *   dest      takes the path
+ *   dest      takes the path; NULL is too small
  *   destSize  in: bytes of dest, at least 256; out: bytes of the path with its terminator, or 256 after
  *             SM_STATUS_BUFFER_TOO_SMALL
  * Returns SM_STATUS_OK; SM_STATUS_BAD_ARGUMENT (no target with a file, destSize NULL); SM_STATUS_UNSUPPORTED (the mask

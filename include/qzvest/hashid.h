@@ -36,7 +36,7 @@ SM_EXPORT uint32_t SMAcquireHashID(SMHashTable *table, uint32_t bytes, uint32_t 
 /* The three calls below take IDs up to bytes * 8 - 1, reckoned in 32 bits: bytes must not be 0, for then every
  * ID would pass and memory outside the area be touched. */
 
-/* SMAcquireHashIDByID - take a certain ID; 0 is not refused.
+/* SMAcquireHashIDByID - take the ID id; 0 is not refused.
  * Returns SM_STATUS_OK, SM_STATUS_ALREADY_EXISTS (in use), SM_STATUS_BAD_FORMAT (beyond the table). */
 SM_EXPORT uint32_t SMAcquireHashIDByID(SMHashTable *table, uint32_t bytes, uint32_t id);
 
@@ -44,7 +44,7 @@ SM_EXPORT uint32_t SMAcquireHashIDByID(SMHashTable *table, uint32_t bytes, uint3
  * table). */
 SM_EXPORT uint32_t SMVerifyHashID(const SMHashTable *table, uint32_t bytes, uint32_t id);
 
-/* SMReleaseHashID - give an ID back.
+/* SMReleaseHashID - give the ID id back.
  * Returns SM_STATUS_OK, SM_STATUS_NOT_IN_USE, SM_STATUS_BAD_FORMAT (beyond the table). */
 SM_EXPORT uint32_t SMReleaseHashID(SMHashTable *table, uint32_t bytes, uint32_t id);
 

@@ -91,6 +91,7 @@ extern "C" {
  *     (destSize is the need after the former). Lists have no default.
  *   - other types: a default is copied, and destSize is its size as used; without one destSize is 0. Not after
  *     SM_STATUS_BAD_ARGUMENT, nor where binary is too large for dest: destSize is then the bytes of the value.
+ * SM_STATUS_OK: delivered.
  * SM_STATUS_BAD_ARGUMENT: unknown type; dest, destSize or path NULL; path empty; destSize below the least; a UCS-2
  * default whose size is not its text's.
  * SM_STATUS_BUFFER_TOO_SMALL: dest is too small.
@@ -104,10 +105,11 @@ SM_EXPORT uint32_t SMReadINIPathFileValue(const char *section, const char *key, 
                                           uint32_t *destSize, const void *defaultValue, uint32_t defaultSize,
                                           const char *pathFileName, int16_t waitForLock);
 
-/* SMReadINIFileValue - the same, for a bare file name in the directory "ini" below the ini path of SM_PRODUCT_DEFAULT
+/* SMReadINIFileValue - the same, for a file in the directory "ini" below the ini path of SM_PRODUCT_DEFAULT
  * (product.h).
- * Besides: SM_STATUS_FAILED: that product has no ini path. SM_STATUS_BUFFER_TOO_SMALL: the whole path has more than 254
- * bytes. Neither touches dest or destSize. */
+ *   fileName  its bare name
+ * Returns the same. Besides: SM_STATUS_FAILED: that product has no ini path. SM_STATUS_BUFFER_TOO_SMALL: the whole path
+ * has more than 254 bytes. Neither touches dest or destSize. */
 SM_EXPORT uint32_t SMReadINIFileValue(const char *section, const char *key, uint32_t type, void *dest,
                                       uint32_t *destSize, const void *defaultValue, uint32_t defaultSize,
                                       const char *fileName, int16_t waitForLock);
@@ -143,6 +145,7 @@ SM_EXPORT uint32_t SMReadINIEnums32Value(const char *section, const char *key, c
  *                 current directory
  * To delete a key that is not in the section succeeds. After a failure the file is as it was, unless an append was
  * cut short, or the swap: see SM_STATUS_ALREADY_EXISTS and SM_STATUS_ACCESS_DENIED.
+ * SM_STATUS_OK: done.
  * SM_STATUS_BAD_ARGUMENT: unknown type; a required pointer NULL; path empty or without a file name; a name of more than
  * 255 bytes; no key, but a value, where the section is missing.
  * SM_STATUS_INI_BAD_VALUE: valueSize is not the value's or is beyond the limits; NULL with a size; NULL for a type that
@@ -162,7 +165,8 @@ SM_EXPORT uint32_t SMReadINIEnums32Value(const char *section, const char *key, c
 SM_EXPORT uint32_t SMWriteINIPathFileValue(const char *section, const char *key, uint32_t type, const void *value,
                                            uint32_t valueSize, const char *pathFileName, int16_t waitForLock);
 
-/* SMWriteINIFileValue - the same, for a bare file name as in SMReadINIFileValue, with the two statuses of that call. */
+/* SMWriteINIFileValue - the same, for a bare file name as in SMReadINIFileValue.
+ * Returns the same, and the two statuses of that call. */
 SM_EXPORT uint32_t SMWriteINIFileValue(const char *section, const char *key, uint32_t type, const void *value,
                                        uint32_t valueSize, const char *fileName, int16_t waitForLock);
 

@@ -79,6 +79,7 @@ SM_EXPORT uint32_t SMSLListIsEmpty(const SMSLList *list);
 
 /* ---- Doubly linked: as above, with what differs ---- */
 
+/* Each as the call of SMSLList with the same end of its name. */
 SM_EXPORT SMDLList *SMDLListAlloc(void);
 SM_EXPORT void SMDLListFree(SMDLList *list);
 SM_EXPORT void SMDLListInitNoAlloc(SMDLList *list);
@@ -88,6 +89,7 @@ SM_EXPORT void SMDLListEntryFree(SMDLListEntry *entry);
 /* SMDLListEntryInitNoAlloc - clear both links. data stays as it is. */
 SM_EXPORT void SMDLListEntryInitNoAlloc(SMDLListEntry *entry);
 
+/* Each as the call of SMSLList with the same end of its name; SMDLListInsertEntry gives the same statuses. */
 SM_EXPORT void SMDLListInsertEntryAtHead(SMDLList *list, SMDLListEntry *entry);
 SM_EXPORT void SMDLListInsertEntryAtTail(SMDLList *list, SMDLListEntry *entry);
 SM_EXPORT uint32_t SMDLListInsertEntry(SMDLList *list, SMDLListEntry *entry, void *key,
@@ -107,11 +109,14 @@ SM_EXPORT SMDLListEntry *SMDLListReplaceEntry(SMDLList *list, SMDLListEntry *new
  *   entry  in the list */
 SM_EXPORT void SMDLListDeleteEntry(SMDLList *list, SMDLListEntry *entry);
 
+/* SMDLListRemoveEntryAtHead - take out the head and return it, or NULL. Its links keep their values. */
 SM_EXPORT SMDLListEntry *SMDLListRemoveEntryAtHead(SMDLList *list);
 
-/* SMDLListRemoveEntryAtTail - take out the tail and return it, or NULL; in constant time. */
+/* SMDLListRemoveEntryAtTail - take out the tail and return it, or NULL; in constant time. Its links keep their
+ * values. */
 SM_EXPORT SMDLListEntry *SMDLListRemoveEntryAtTail(SMDLList *list);
 
+/* SMDLListIsEmpty - 1 for a list without entries and for NULL, else 0. */
 SM_EXPORT uint32_t SMDLListIsEmpty(const SMDLList *list);
 
 #ifdef __cplusplus

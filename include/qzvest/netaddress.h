@@ -44,9 +44,9 @@ SM_EXPORT uint32_t SMIPAddrNetworkToASCII(uint32_t address, char *buffer, uint32
 /* SMGetIPHostName, SMUCS2GetIPHostName - the name of this host.
  *   buffer  takes the name with its terminator, cut to what fits, and zeros behind it to its end; as UCS-2 the name
  *           is cut to 63 bytes and has to fit
- *   size    in: bytes at buffer, at least 1; out: bytes of the name with its terminator
- * Returns SM_STATUS_OK, SM_STATUS_BAD_ARGUMENT (buffer or size NULL, size 0), SM_STATUS_NOT_ATTACHED; as UCS-2 also
- *   SM_STATUS_BUFFER_TOO_SMALL, with size as it was, and SM_STATUS_BAD_FORMAT (the name is no UTF-8) */
+ *   size    in: bytes at buffer; out: bytes of the name with its terminator
+ * Returns SM_STATUS_OK, SM_STATUS_BAD_ARGUMENT (buffer or size NULL; size 0, but not as UCS-2), SM_STATUS_NOT_ATTACHED;
+ *   as UCS-2 also SM_STATUS_BUFFER_TOO_SMALL, with size as it was, and SM_STATUS_BAD_FORMAT (the name is no UTF-8) */
 SM_EXPORT uint32_t SMGetIPHostName(char *buffer, uint32_t *size);
 SM_EXPORT uint32_t SMUCS2GetIPHostName(uint16_t *buffer, uint32_t *size);
 

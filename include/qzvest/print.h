@@ -91,7 +91,8 @@ extern "C" {
  * Returns the bytes put into the destination: at most size - 1, and 0 where size is 0 or above 0x80000000. */
 SM_EXPORT uint32_t SMsnprintf(char *destination, uint32_t size, const char *format, ...);
 
-/* SMvsnprintf - the same over an argument list, which the caller ends and does not read on. */
+/* SMvsnprintf - the same over an argument list, which the caller ends and does not read on. Returns
+ * the same. */
 SM_EXPORT uint32_t SMvsnprintf(char *destination, uint32_t size, const char *format, va_list arguments);
 
 #ifdef __cplusplus

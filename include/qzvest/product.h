@@ -51,7 +51,8 @@ extern "C" {
  * large dest is; the next call gives the path. */
 SM_EXPORT uint32_t SMGetPathByProductIDandType(uint32_t productId, uint32_t pathType, char *dest, uint32_t *destSize);
 
-/* SMGetInstallPath, SMGetInstallPathByProductID - the same for SM_PATH_INSTALL, of SM_PRODUCT_DEFAULT or any. */
+/* SMGetInstallPath, SMGetInstallPathByProductID - the same for SM_PATH_INSTALL, of SM_PRODUCT_DEFAULT or any product,
+ * with the same statuses. */
 SM_EXPORT uint32_t SMGetInstallPath(char *dest, uint32_t *destSize);
 SM_EXPORT uint32_t SMGetInstallPathByProductID(uint32_t productId, char *dest, uint32_t *destSize);
 

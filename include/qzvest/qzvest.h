@@ -1,4 +1,15 @@
-/* All of libqzvest. */
+/* All of libqzvest.
+ *
+ * Each family has a header of its own, which opens with the family's conventions; status.h lists every status, types.h
+ * has the records and callback types. What holds in all of them:
+ *
+ * - Sizes are in bytes and text is UTF-8, unless a comment says otherwise. A size word (sizeInOut, destSize) is read
+ *   and written: it brings the room of a buffer and takes the bytes stored or needed.
+ * - Argument rows name the first call that has them; a handle, record or list that a call works on has no row where
+ *   nothing is to be said but that it is one of its family.
+ * - Statuses are those of status.h. After a failure objects and buffers are as they were, unless a comment says
+ *   otherwise.
+ * - What a call hands out belongs to the caller if its comment names the call that frees it. */
 #ifndef QZVEST_QZVEST_H
 #define QZVEST_QZVEST_H
 

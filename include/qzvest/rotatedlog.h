@@ -18,6 +18,8 @@ extern "C" {
 #endif
 
 /* SMFileLogMsgToRotatedLog - append a message, behind a rotation if the file has grown beyond its limit.
+ *   message      text, written as it is
+ *   pathFileName the log
  *   maxSize      bytes; a file of just so many is not rotated yet
  *   generations  how many older files are kept; with 0 the file is deleted instead
  *   flags        SM_ROTATED_TIME puts "[%b %d %Y %H:%M:%S] " (strftime) in front, SM_ROTATED_THREAD behind that process
@@ -28,11 +30,12 @@ extern "C" {
 SM_EXPORT uint32_t SMFileLogMsgToRotatedLog(const char *message, const char *pathFileName, uint32_t maxSize,
                                             uint32_t generations, uint32_t flags);
 
-/* SMFileRotateCheck - the rotation alone: each older generation up by one, and the file to number 1. A number that is
- * missing is passed over. */
+/* SMFileRotateCheck - the rotation alone, if the file has more than maxSize bytes: each older generation up by one, and
+ * the file to number 1. A number that is missing is passed over. Nothing for a NULL path and for no file. */
 SM_EXPORT void SMFileRotateCheck(const char *pathFileName, uint32_t maxSize, uint32_t generations);
 
 /* SMFileDeleteRotated - delete a log.
+ *   pathFileName       NULL does nothing
  *   deleteGenerations  1: its older generations too
  *   generations        the highest number of those */
 SM_EXPORT void SMFileDeleteRotated(const char *pathFileName, uint16_t deleteGenerations, uint32_t generations);

@@ -6,6 +6,7 @@
 
 /* General failure: one of the operating system, or an inconsistency, that has no status of its own. */
 #define SM_STATUS_FAILED UINT32_C(0xFFFFFFFF)
+/* Done. */
 #define SM_STATUS_OK UINT32_C(0)
 /* The requested radix does not exist for the type. */
 #define SM_STATUS_UNSUPPORTED UINT32_C(1)

@@ -5,6 +5,7 @@
  * numbers are in upper-case hexadecimal without leading zeros. A text ends at its first carriage return or line feed.
  * Languages are those of language.h; 0, 437 and 1033 are the default texts.
  *
+ *   stringId    the number
  *   languageId  in: the language; out: 0 if the default text was looked up, else unchanged. NULL: the default text
  *
  * There is no status: 0 says that nothing was delivered.

@@ -31,7 +31,8 @@ SM_EXPORT uint32_t SMThreadStop(SMThreadHandle *handle);
  * Returns SM_STATUS_INVALID_PARAMETER for NULL; SM_STATUS_OK when the thread had ended before and got no signal. */
 SM_EXPORT uint32_t SMThreadKill(SMThreadHandle *handle);
 
-/* SMThreadStartAndRelease - run a routine in a thread of its own that has no handle and is not waited for.
+/* SMThreadStartAndRelease - run a routine in a thread of its own that has no handle and is not waited for. Its
+ * argument is passed on.
  * Returns SM_STATUS_OK; SM_STATUS_INVALID_PARAMETER for a NULL routine; SM_STATUS_FAILED when the system gives no
  * thread. */
 SM_EXPORT uint32_t SMThreadStartAndRelease(SMThreadRoutine routine, void *argument);

@@ -26,6 +26,7 @@ struct SMRedBlackTreeNode {
     uint32_t color;             /* SM_RBT_BLACK or SM_RBT_RED */
 };
 
+/* Colors of a node. */
 enum { SM_RBT_BLACK = 0, SM_RBT_RED = 1 };
 
 /* A tree is one slot, the root, in the caller's memory; NULL is an empty tree. */
@@ -58,13 +59,14 @@ typedef struct SMSDOConfig SMSDOConfig;
 
 /* Kinds that the library gives a meaning to, and the array flag. */
 enum {
-    SM_SDO_KIND_MASK = 0x0F,
+    SM_SDO_KIND_MASK = 0x0F, /* the bits of the kind in a type byte */
     SM_SDO_KIND_FLAT = 12,   /* the value is a flat block; in memory it turns into SM_SDO_KIND_OBJECT */
     SM_SDO_KIND_OBJECT = 13, /* the value is a pointer to an SMSDOConfig, with the array flag a table of them */
     SM_SDO_ARRAY = 0x10      /* flag beside the kind */
 };
 
-enum { SM_SDO_HEADER_SIZE = 8 }; /* bytes of an empty flat object or array */
+/* Bytes of an empty flat object or array. */
+enum { SM_SDO_HEADER_SIZE = 8 };
 
 /* A flat object ("BODS") or flat array ("BADS"): one block of bytes without pointers, which may lie at
  * any address. Its form is told in sdo.h. Where only an array will do, it is called SMSDOBinaryArray. */
@@ -107,9 +109,10 @@ struct SMSLListEntry {
     void *data;          /* the payload, or NULL */
 };
 
+/* A singly linked list. */
 typedef struct SMSLList {
     SMSLListEntry *head; /* NULL when empty */
-    SMSLListEntry *tail;
+    SMSLListEntry *tail; /* the same */
 } SMSLList;
 
 /* An entry of a doubly linked list. */
@@ -120,9 +123,10 @@ struct SMDLListEntry {
     void *data;          /* the payload, or NULL */
 };
 
+/* A doubly linked list. */
 typedef struct SMDLList {
     SMDLListEntry *head; /* NULL when empty */
-    SMDLListEntry *tail;
+    SMDLListEntry *tail; /* the same */
 } SMDLList;
 
 /* Orders a key against an entry, of which it gets the whole: negative when the key sorts before it, 0 for a
@@ -144,6 +148,7 @@ typedef struct SMSSUCS2Str {
     uint32_t length;   /* units stored, without the terminator; zeros may be among them */
 } SMSSUCS2Str;
 
+/* The same in UTF-8. */
 typedef struct SMSSUTF8Str {
     char *text;        /* terminated; NULL when the record holds nothing */
     uint32_t capacity; /* bytes at text */
@@ -176,17 +181,17 @@ enum SMXLTType {
 /* Formats. */
 #define SMXLT_FORMAT_DEFAULT UINT32_C(0x0000) /* decimal numbers; plain hexadecimal digits for bytes */
 #define SMXLT_FORMAT_BINARY UINT32_C(0x0100)  /* base 2, a dump for bytes; to text only */
-#define SMXLT_FORMAT_OCTAL UINT32_C(0x0200)
-#define SMXLT_FORMAT_DECIMAL UINT32_C(0x0300)
-#define SMXLT_FORMAT_HEX UINT32_C(0x0400) /* base 16; a comma list for bytes */
+#define SMXLT_FORMAT_OCTAL UINT32_C(0x0200)   /* base 8 */
+#define SMXLT_FORMAT_DECIMAL UINT32_C(0x0300) /* base 10 */
+#define SMXLT_FORMAT_HEX UINT32_C(0x0400)     /* base 16; a comma list for bytes */
 
 /* ---- Parameters (parameter.h) ---- */
 
 /* A row of a table of words. Row 0 has no word, its value answers for unknown words; the value of row 1 is also the
  * default of an absent parameter. */
 typedef struct SMNVPEnumEntry {
-    const char *name;
-    uint32_t value;
+    const char *name; /* the word */
+    uint32_t value;   /* what it stands for */
 } SMNVPEnumEntry;
 
 /* ---- XML (xml.h) ---- */
@@ -202,6 +207,7 @@ typedef struct SMXGValueOptions {
 
 /* ---- RFC 1321 digest (rfc1321.h) ---- */
 
+/* A message in the making, and its digest. */
 typedef struct SMRFC1321Ctx {
     uint64_t bitCount;    /* message bits taken in so far */
     uint32_t state[4];    /* the chaining values A, B, C, D */
@@ -241,14 +247,14 @@ enum { SM_SCOPE_BOTH = 0, SM_SCOPE_IPV4 = 1, SM_SCOPE_IPV6 = 2 };
 
 /* An IPv4 address as text. */
 typedef struct SMIPAddrSlot {
-    char text[16];
+    char text[16]; /* dotted quad with its terminator */
 } SMIPAddrSlot;
 
 /* An address of either family as text. */
 typedef struct SMInetAddrRecord {
     uint16_t family;   /* SM_FAMILY_IPV4 or SM_FAMILY_IPV6 */
     uint16_t reserved; /* 0 */
-    char text[256];
+    char text[256];    /* with its terminator */
 } SMInetAddrRecord;
 
 /* ---- Event logs (eventlog.h) ---- */
@@ -321,6 +327,7 @@ enum SMPathType {
 
 /* ---- Locks and shared objects (mutex.h, semaphore.h, event.h, sharedmem.h, rwlock.h) ---- */
 
+/* Handles: each of its own kind, ended by the call of that kind. */
 typedef struct SMMutex SMMutex;
 typedef struct SMSemaphore SMSemaphore;
 typedef struct SMEvent SMEvent;
@@ -347,6 +354,7 @@ typedef uint64_t (*SMCriticalSectionFunction)(uint64_t argument);
 
 /* ---- Threads (thread.h) ---- */
 
+/* A thread that SMThreadStart began. */
 typedef struct SMThreadHandle SMThreadHandle;
 
 /* What a thread runs; the result is dropped. */
@@ -354,6 +362,7 @@ typedef void *(*SMThreadRoutine)(void *argument);
 
 /* ---- Dynamic libraries (library.h) ---- */
 
+/* A library that SMLibLoad or the cache loaded. */
 typedef struct SMLibHandle SMLibHandle;
 
 #ifdef __cplusplus

@@ -18,7 +18,7 @@
 extern "C" {
 #endif
 
-/* SMUCS2Strlen - units before the terminator. */
+/* SMUCS2Strlen - the number of units before the terminator. */
 SM_EXPORT uint32_t SMUCS2Strlen(const uint16_t *string);
 
 /* SMUCS2Strcpy, SMUCS2Strcat - copy the source with its terminator to the destination, or over the
@@ -50,7 +50,7 @@ SM_EXPORT uint16_t *SMUCS2Strchr(const uint16_t *string, uint16_t unit);
 /* SMUCS2Strstr - the first place where needle stands in haystack, or NULL. An empty needle gives haystack. */
 SM_EXPORT uint16_t *SMUCS2Strstr(const uint16_t *haystack, const uint16_t *needle);
 
-/* SMUCS2Strspn, SMUCS2Strcspn - units of the opening run that are all in set, or that are all not in set. */
+/* SMUCS2Strspn, SMUCS2Strcspn - how many units the opening run has that are all in set, or all not in set. */
 SM_EXPORT uint32_t SMUCS2Strspn(const uint16_t *string, const uint16_t *set);
 SM_EXPORT uint32_t SMUCS2Strcspn(const uint16_t *string, const uint16_t *set);
 

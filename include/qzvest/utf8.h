@@ -40,7 +40,7 @@ SM_EXPORT char *SMUTF8Strrev(char *string);
 SM_EXPORT char *SMUTF8Strdup(const char *string);
 
 /* SMUTF8Strnicmp - compare without regard to the case of ASCII letters, whatever the locale.
- *   maximum  bytes to look at; 0 finds all strings equal
+ *   maximum  bytes of both to look at, at most; 0 finds all strings equal
  * Returns the difference of the first two folded bytes that differ, as unsigned numbers, or 0. */
 SM_EXPORT int32_t SMUTF8Strnicmp(const char *first, const char *second, uint32_t maximum);
 

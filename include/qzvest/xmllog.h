@@ -24,6 +24,7 @@ extern "C" {
  *   pathFileName   the log's path; a missing file is made
  *   type           a number, not looked at; enum SMLogType
  *   category       one of enum SMLogCategory
+ *   eventId        a number of the caller's
  *   userInfo       who was at work, source: who tells it; each NULL or 1 to 511 bytes
  *   description    what happened: NULL or 1 to 8,191 bytes
  *   link           where to read on, or NULL; references of XML in it are kept
@@ -39,16 +40,17 @@ SM_EXPORT uint32_t SMAppendToXMLLog(const char *pathFileName, uint16_t type, uin
 
 /* SMClearXMLLog - delete a log, and begin it anew with an event that says so.
  * Returns SM_STATUS_FAILED if there is no file to delete; SM_STATUS_NO_MEMORY also for a NULL path; else as
- *   SMAppendToXMLLog: an event that is refused leaves no file. */
+ *   SMAppendToXMLLog, whose arguments these are: an event that is refused leaves no file. */
 SM_EXPORT uint32_t SMClearXMLLog(const char *pathFileName, uint16_t category, const char *userInfo, const char *source);
 
 /* SMForceXMLLogExists - makes nothing: a log comes into being with its first event.
- *   flag  not looked at
+ *   pathFileName, flag  change nothing
  * Returns SM_STATUS_OK, always. */
 SM_EXPORT uint32_t SMForceXMLLogExists(const char *pathFileName, int16_t flag);
 
 /* SMGetBackupXMLLogPathFileName - the path of a log's backup: "_" in place of the last character.
  *   pathFileName  at least 2 bytes
+ *   dest          takes the path; NULL is too small
  *   destSize      in: bytes of dest; out: bytes of the path with its terminator
  * Returns SM_STATUS_OK; SM_STATUS_BUFFER_TOO_SMALL; SM_STATUS_INVALID_PARAMETER (the path NULL or too short, destSize
  *   NULL). */
