@@ -39,16 +39,19 @@ TEST(Registration, LinesGiveKeysAndValues)
                  {"k=v " + zero + "w\nj=" + zero + "\n", "k", "v"},
                  {full.substr(4) + "k=vw\n", "k", "vw"},
                  {full.substr(3) + "k=vw\n", "k", "v"},
-                 {full + "k=v\n", "k", "v"}};
+                 {full + "k=v\n", "k", "v"},
+                 {"j=first\n" + std::string(100000, '\n') + "k=v\n", "j", "first"}};
     for (const auto &c : cases) {
         WriteText("/run/file", c.file);
         qzvest::HeapPtr<char> value;
-        const uint32_t status = qzvest::RegistrationFileKeyRead("/run/file", c.key, value);
+        qzvest::RegistrationFile file("/run/file");
+        EXPECT_EQ(file.Read("nobody", value), SM_STATUS_NOT_FOUND); // reads it to its end
+        const uint32_t status = file.Read(c.key, value);
         EXPECT_EQ(status, c.value ? SM_STATUS_OK : SM_STATUS_NOT_FOUND) << c.file;
         EXPECT_EQ(Owned(value.release()), c.value) << c.file;
     }
     qzvest::HeapPtr<char> value;
-    EXPECT_EQ(qzvest::RegistrationFileKeyRead("/run", "k", value), SM_STATUS_NOT_FOUND);
+    EXPECT_EQ(qzvest::RegistrationFile("/run").Read("k", value), SM_STATUS_NOT_FOUND);
 }
 
 TEST(Registration, FileIsChosenOnce)
