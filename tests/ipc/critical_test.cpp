@@ -50,16 +50,14 @@ TEST(Critical, OneFunctionRunsInOneThread)
 TEST(Critical, DifferentFunctionsOverlap)
 {
     static std::barrier<> meeting(2);
-    const SMCriticalSectionFunction first = [](uint64_t) -> uint64_t {
-        meeting.arrive_and_wait();
-        return 1;
+    const auto meet = [](auto side) -> SMCriticalSectionFunction {
+        return [](uint64_t) -> uint64_t {
+            meeting.arrive_and_wait();
+            return decltype(side)::value;
+        };
     };
-    const SMCriticalSectionFunction second = [](uint64_t) -> uint64_t {
-        meeting.arrive_and_wait();
-        return 2;
-    };
-    std::thread thread([first] { SMCriticalSectionExecute(first, 0, SM_WAIT_FOREVER); });
-    SMCriticalSectionExecute(second, 0, SM_WAIT_FOREVER); // comes back when both have been inside
+    std::thread thread([&] { SMCriticalSectionExecute(meet(std::true_type()), 0, SM_WAIT_FOREVER); });
+    SMCriticalSectionExecute(meet(std::false_type()), 0, SM_WAIT_FOREVER); // comes back when both have been inside
     thread.join();
 }
 
