@@ -125,28 +125,6 @@ TEST_F(FileLock, ExcludesByProcessAndByThread)
     }
 }
 
-TEST_F(FileLock, WaitsForAnotherProcess)
-{
-    for (const int32_t mode : {kFileLockReader, kFileLockWriter}) {
-        const Step step;
-        Process child([&] { // before the lock is held here: its record is its own
-            Await(step, 1);
-            return static_cast<int>(SMFileLockAcquire(SMFileLockOpen(path.c_str()), mode, 1));
-        });
-        lock = SMFileLockOpen(path.c_str());
-        ASSERT_EQ(SMFileLockAcquire(lock, kFileLockWriter, 1), SM_STATUS_OK);
-        *step = 1;
-        std::string locks;
-        do {
-            locks = Content("/proc/locks");
-            EXPECT_EQ(waitpid(child.id, nullptr, WNOHANG), 0) << "has not waited";
-        } while (!HasFailure() && !locks.empty() && // empty where the kernel does not tell
-                 locks.find(' ' + std::to_string(child.id) + ' ', locks.find("-> POSIX")) == std::string::npos);
-        EXPECT_EQ(SMFileLockRelease(lock), SM_STATUS_OK);
-        EXPECT_EQ(child.Wait(), 0);
-    }
-}
-
 TEST_F(FileLock, WaitsForAnotherThread)
 {
     lock = SMFileLockOpen(path.c_str());
@@ -158,9 +136,9 @@ TEST_F(FileLock, WaitsForAnotherThread)
             (void)SMFileLockRelease(lock);
         }
     };
-    std::thread reader(work, kFileLockReader), writer(work, kFileLockWriter);
-    reader.join();
-    writer.join();
+    {
+        const std::jthread reader(work, kFileLockReader), writer(work, kFileLockWriter);
+    }
     EXPECT_EQ(count, 2 * kRounds);
 }
 

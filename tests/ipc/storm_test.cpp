@@ -1,28 +1,15 @@
 // Many processes at once on named objects: they all ask the registry for keys, and they work on while some are killed.
 
 #include <fcntl.h>
-#include <gtest/gtest.h>
 #include <qzvest/qzvest.h>
-#include <sched.h>
 #include <sys/prctl.h>
-#include <sys/sem.h>
-#include <sys/shm.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <algorithm>
-#include <atomic>
-#include <csignal>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <map>
 #include <random>
-#include <string>
-#include <thread>
 #include <vector>
 
-#include "support/trace.h"
+#include "ipc/lock_fixture.h"
 
 namespace {
 
@@ -35,16 +22,14 @@ constexpr bool kSlow = false;
 // What is changed by plain loads and stores under a lock is atomic only to keep its order in front of a kill.
 using Number = std::atomic<int>;
 
-const std::string kFolder = "/var/run/qz/.ipc";
-
-class Storm : public testing::Test {
+class Storm : public NamedObjects {
 protected:
     void SetUp() override
     {
-        std::filesystem::create_directories(kFolder);
+        NamedObjects::SetUp();
         // The set number 0 is no set to those that meet on it: what happens then is not the matter here.
         SMSemaphoreDestroy(SMSemaphoreCreate("first", 0));
-        std::filesystem::remove(kFolder + "/.lxvestIPCini");
+        std::filesystem::remove(kRegistry);
         alarm(180);
     }
     // Nobody outlives the parent, which the alarm ends when something hangs.
@@ -54,11 +39,6 @@ protected:
         if (child == 0)
             prctl(PR_SET_PDEATHSIG, SIGKILL);
         return child;
-    }
-    static int Sets()
-    {
-        seminfo info = {};
-        return semctl(0, 0, SEM_INFO, &info) >= 0 ? info.semusz : -1;
     }
 };
 
@@ -86,16 +66,13 @@ using Lines = std::vector<std::pair<std::string, std::string>>;
 
 Lines SectionOf(const std::string &section)
 {
-    std::ifstream file(kFolder + "/.lxvestIPCini");
+    std::ifstream file(kRegistry);
     Lines lines;
-    bool inside = false;
-    for (std::string line; std::getline(file, line);) {
-        const size_t equals = line.find('=');
-        if (!line.empty() && line.front() == '[')
-            inside = line == "[" + section + "]";
-        else if (inside && equals != std::string::npos)
-            lines.emplace_back(line.substr(0, equals), line.substr(equals + 1));
+    std::string line;
+    while (std::getline(file, line) && line != "[" + section + "]") {
     }
+    for (size_t equals; std::getline(file, line) && (equals = line.find('=')) != std::string::npos;)
+        lines.emplace_back(line.substr(0, equals), line.substr(equals + 1));
     std::sort(lines.begin(), lines.end());
     return lines;
 }
@@ -131,7 +108,7 @@ TEST_F(Storm, EveryNameGetsOneKeyAndOneSet)
     constexpr int kDifferent = kCommonNames + kNamers * (kNames - kCommonNames);
     const Lines keys = SectionOf("Unique String Name Key Section");
     ASSERT_EQ(keys.size(), static_cast<size_t>(kDifferent));
-    EXPECT_EQ(Sets(), kDifferent);
+    EXPECT_EQ(SetsInUse(), kDifferent);
     Lines mirror;
     std::map<int, int> setsByCount;
     for (const auto &[name, key] : keys) {
@@ -151,7 +128,7 @@ TEST_F(Storm, EveryNameGetsOneKeyAndOneSet)
             SMEventDestroy(event);
             SMSemaphoreDestroy(semaphore);
         }
-    EXPECT_EQ(Sets(), 0);
+    EXPECT_EQ(SetsInUse(), 0);
 }
 
 // ---- Work while processes are killed ----
@@ -494,7 +471,8 @@ TEST_F(Soak, WhatTheKilledLeaveHindersNobody)
     shm_info info = {};
     EXPECT_GE(shmctl(0, SHM_INFO, reinterpret_cast<shmid_ds *>(&info)), 0);
     EXPECT_EQ(info.used_ids, segments);
-    EXPECT_TRUE(leastSets <= Sets() && Sets() <= mostSets) << leastSets << ' ' << Sets() << ' ' << mostSets;
+    EXPECT_TRUE(leastSets <= SetsInUse() && SetsInUse() <= mostSets)
+        << leastSets << ' ' << SetsInUse() << ' ' << mostSets;
     std::filesystem::remove(kSettings);
 }
 

@@ -52,14 +52,6 @@ TEST(Replace, LeavesWhatAReaderCanPutBackAndTellsOfABackupThatStays)
     EXPECT_TRUE(Exists(backup));
 }
 
-TEST(FileMode, IsMaskedOrTheDefault)
-{
-    const Folder folder;
-    const std::string path = folder.Make("file", "", 07753);
-    EXPECT_EQ(qzvest::SMFileModeGet(path.c_str(), 0777, 0), 0642u);
-    EXPECT_EQ(qzvest::SMFileModeGet((path + "?").c_str(), 07777, qzvest::kKeepSticky), 07777u);
-}
-
 TEST(BoundedAppend, TakesAllOrEmpties)
 {
     static const std::tuple<size_t, const char *, int, const char *> kCases[] = {
