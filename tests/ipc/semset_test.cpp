@@ -65,10 +65,9 @@ TEST_F(SemSet, AttachRemovesThoseOfTheDead)
     const std::string process = dead.substr(dead.find('='));
 
     const std::string kept = "987654" + process + "text" + process + "1x" + process; // gone, and none
-    const std::string crowd = "[Semaphore List]\n" + dead + std::string(8190, '9') + "=1\n";
+    const std::string crowd = kList + dead + std::string(8190, '9') + "=1\n";
     const struct {
-        std::string before;
-        std::string after;
+        std::string before, after;
         int sets;
     } cases[] = {
         {kList + "=" + "1\n" + dead, kList + "=" + "1\n" + dead, 2}, // the list seems to be empty
@@ -93,9 +92,7 @@ TEST_F(SemSet, UndoGivesBackWhatTheDeadTook)
         EXPECT_EQ(Process(take).Wait(), 0);
         EXPECT_EQ(UnitsOf(set), undo ? 2 : 1);
     }
-    for (const int32_t count : {0, -1, INT32_MIN})
-        EXPECT_EQ(qzvest::SMIPCSemPost(set, count), SM_STATUS_OK);
-    EXPECT_EQ(UnitsOf(set), 1);
+    EXPECT_EQ(qzvest::SMIPCSemPost(set, INT32_MIN), SM_STATUS_OK);
     for (const int32_t none : {0, set + 1}) {
         EXPECT_EQ(qzvest::SMIPCSemWait(none, 0, false), SM_STATUS_FAILED);
         EXPECT_EQ(qzvest::SMIPCSemPost(none, 1), SM_STATUS_FAILED);
@@ -107,13 +104,9 @@ TEST_F(SemSet, LackOfRoomIsLogged)
     if (const std::string hindrance = TraceHindrance(); !hindrance.empty())
         GTEST_SKIP() << hindrance;
     const SystemLog log;
-    constexpr std::pair<int, const char *> kCases[] = {
-        {ENOMEM, "Fleet Steward (Shared Library): Record Broker EventID: 0  A semaphore set could not be created "
-                 "because the system has not enough memory for the new data structure\n"},
-        {ENOSPC, "Fleet Steward (Shared Library): Record Broker EventID: 0  A semaphore set has to be created but the "
-                 "system limit for the maximum number of semaphore sets has been exceeded\n"},
-        {EACCES, ""},
-    };
+    constexpr std::pair<int, const char *> kCases[] = {{ENOMEM, "enough memory for the new data structure\n"},
+                                                       {ENOSPC, "number of semaphore sets has been exceeded\n"},
+                                                       {EACCES, ""}};
     for (const auto &[error, line] : kCases) {
         const auto work = [] {
             TraceBegin();
@@ -124,8 +117,8 @@ TEST_F(SemSet, LackOfRoomIsLogged)
         const TraceOutcome outcome = Trace(work, {1, error, [](long call) { return call == SYS_semget; }});
         EXPECT_TRUE(outcome.reached && outcome.exitCode == 0) << error;
         const std::string got = log.Next();
-        EXPECT_EQ(got.empty() ? got : got.substr(20), line); // from the identity on
-        EXPECT_EQ(got.substr(0, 4), *line == '\0' ? "" : "<30>") << "severity 4";
+        EXPECT_TRUE(got.ends_with(line) && got.empty() == (error == EACCES)) << got;
+        EXPECT_TRUE(got.empty() || got.starts_with("<30>")) << "severity 4";
     }
 }
 

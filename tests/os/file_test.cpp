@@ -67,7 +67,7 @@ TEST(TemporaryName, GivesUpAfterAHundredThatExist)
 TEST(FileSize, IsThatOfItsContent)
 {
     const Folder folder;
-    const std::string large = folder.Make("file", "12345");
+    const std::string large = folder.Make("file", "");
     ASSERT_EQ(truncate(large.c_str(), (INT64_C(1) << 32) + 3), 0); // without blocks
     uint32_t size = 77;
     EXPECT_EQ(SMGetSizeOfFile(large.c_str(), &size), SM_STATUS_OK);
@@ -78,47 +78,50 @@ TEST(FileSize, IsThatOfItsContent)
 
 TEST(Copy, TakesContentAndModeOrTellsWhyNot)
 {
-    for (const auto form : {SMFileCopy, SMFileCopyAndSync}) {
+    for (const auto copy : {SMFileCopy, SMFileCopyAndSync}) {
         const Folder folder;
-        const auto copy = [form](const std::string &from, const std::string &to, uint16_t overwrite) {
-            return form(from.c_str(), to.c_str(), overwrite);
-        };
-        const std::string content(2 * 8192 + 1, 'x'), target = folder / "target", missing = folder / "missing";
+        const std::string content(2 * 8192 + 1, 'x'), missing = folder / "missing", target = folder / "target";
         const std::string source = folder.Make("source", content, 04775); // of which the umask lets less through
-        EXPECT_EQ(copy(source, target, 0), SM_STATUS_OK);
+        EXPECT_EQ(copy(source.c_str(), target.c_str(), 0), SM_STATUS_OK);
         EXPECT_EQ(Content(target), content);
         EXPECT_EQ(Mode(target), 04775u);
-
-        folder.Make("source", "short", 0600);
-        EXPECT_EQ(copy(missing, target, 0), SM_STATUS_FILE_EXISTS);
-        EXPECT_EQ(copy(missing, target, 1), SM_STATUS_FILE_NOT_FOUND);
-        EXPECT_EQ(Content(target), content);
-        EXPECT_EQ(copy(source, target, 1), SM_STATUS_OK);
-        EXPECT_EQ(Content(target), "short");
+        const struct {
+            std::string from, to;
+            uint16_t overwrite;
+            uint32_t status;
+            std::string after;
+        } cases[] = {
+            {missing, target, 0, SM_STATUS_FILE_EXISTS, content},
+            {missing, target, 1, SM_STATUS_FILE_NOT_FOUND, content},
+            {source, missing + "/target", 1, SM_STATUS_FAILED, content},
+            {folder.Make("short", "short", 0600), target, 1, SM_STATUS_OK, "short"},
+            {folder.Path(), target, 1, SM_STATUS_FAILED, ""}, // opens, but cannot be read
+        };
+        for (const auto &c : cases) {
+            EXPECT_EQ(copy(c.from.c_str(), c.to.c_str(), c.overwrite), c.status) << c.from;
+            EXPECT_EQ(Content(target), c.after);
+        }
         EXPECT_EQ(Mode(target), 0600u);
-
-        EXPECT_EQ(form(source.c_str(), nullptr, 1), SM_STATUS_BAD_ARGUMENT);
-        EXPECT_EQ(copy(source, missing + "/target", 1), SM_STATUS_FAILED);
-        EXPECT_EQ(copy(folder.Path(), target, 1), SM_STATUS_FAILED); // opens, but cannot be read
-        EXPECT_EQ(Content(target), "");
+        EXPECT_EQ(copy(source.c_str(), nullptr, 1), SM_STATUS_BAD_ARGUMENT);
     }
 }
 
 TEST(Append, KeepsWhatIsThereAndItsMode)
 {
-    for (const auto form : {SMFileAppend, SMFileAppendAndSync}) {
+    for (const auto append : {SMFileAppend, SMFileAppendAndSync}) {
         const Folder folder;
         const std::string source = folder.Make("source", "new", 0666), made = folder / "made";
         const std::string target = folder.Make("target", "old", 0600);
-        EXPECT_EQ(form(source.c_str(), target.c_str(), 0), SM_STATUS_OK);
+        EXPECT_EQ(append(source.c_str(), target.c_str(), 0), SM_STATUS_OK);
         EXPECT_EQ(Content(target), "oldnew");
         EXPECT_EQ(Mode(target), 0600u);
-        EXPECT_EQ(form(source.c_str(), made.c_str(), 0), SM_STATUS_FILE_NOT_FOUND);
-        EXPECT_FALSE(Exists(made));
-        EXPECT_EQ(form(source.c_str(), made.c_str(), 1), SM_STATUS_OK);
+        for (const uint16_t create : {uint16_t{0}, uint16_t{1}}) {
+            EXPECT_EQ(append(source.c_str(), made.c_str(), create), create ? SM_STATUS_OK : SM_STATUS_FILE_NOT_FOUND);
+            EXPECT_EQ(Exists(made), create == 1);
+        }
         EXPECT_EQ(Content(made), "new");
         EXPECT_EQ(Mode(made), 0666u);
-        EXPECT_EQ(form(source.c_str(), "/dev/full", 0), SM_STATUS_LIMIT_REACHED);
+        EXPECT_EQ(append(source.c_str(), "/dev/full", 0), SM_STATUS_LIMIT_REACHED);
     }
 }
 

@@ -1,4 +1,4 @@
-// The swap of a new version into place and the mode that it takes over, and what calls do when memory runs out.
+// The swap of a new version into place, and what calls do when memory runs out.
 
 #include <gtest/gtest.h>
 
@@ -11,23 +11,6 @@
 #include "support/faults.h"
 
 namespace {
-
-TEST(Replace, KeepsTheModeButForExecution)
-{
-    const Folder folder;
-    static const std::tuple<mode_t, mode_t> kCases[] = {{0666, 0666}, {06711, 0600}, {01600, 01600}};
-    const mode_t mask = umask(077);
-    for (const auto &[old, kept] : kCases) {
-        const std::string path = folder.Make("file", "old", old);
-        const std::string next = folder.Make("next", "new", 0777);
-        EXPECT_EQ(qzvest::SMSafeFileReplace(path.c_str(), next.c_str()), SM_STATUS_OK);
-        EXPECT_EQ(Content(path), "new");
-        EXPECT_EQ(Mode(path), kept);
-        EXPECT_FALSE(Exists(next));
-        EXPECT_FALSE(Exists(path + ".bak"));
-    }
-    umask(mask);
-}
 
 TEST(Replace, LeavesWhatAReaderCanPutBackAndTellsOfABackupThatStays)
 {
