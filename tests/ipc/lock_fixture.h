@@ -109,11 +109,11 @@ struct Process {
         if (id == 0)
             _exit(work());
     }
+    Process(const Process &) = delete;
     ~Process()
     {
         Kill();
     }
-    Process(const Process &) = delete;
 
     // What the work returned, -1 when it was killed.
     int Wait()

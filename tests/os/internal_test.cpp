@@ -2,9 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cerrno>
-
-#include "compat/string.h"
 #include "os/file.h"
 #include "os/folder.h"
 #include "os/system.h"
@@ -33,17 +30,6 @@ TEST(Replace, LeavesWhatAReaderCanPutBackAndTellsOfABackupThatStays)
     EXPECT_EQ(Content(path), "new");
     EXPECT_EQ(Mode(path), 0644u);
     EXPECT_TRUE(Exists(backup));
-}
-
-TEST(BoundedAppend, TakesAllOrEmpties)
-{
-    static const std::tuple<size_t, const char *, int, const char *> kCases[] = {
-        {6, "de", 0, "abcde"}, {5, "de", ERANGE, ""}, {3, "", EINVAL, ""}, {0, "de", EINVAL, "abc"}};
-    for (const auto &[bound, source, error, givenText] : kCases) {
-        char text[8] = "abc";
-        EXPECT_EQ(qzvest::strcat_s(text, bound, source), error);
-        EXPECT_STREQ(text, givenText);
-    }
 }
 
 long OpenDescriptors()

@@ -38,12 +38,11 @@ TEST(SystemLogLine, TakesAMessageWholeButForCarriageReturnsOrNotAtAll)
     const SystemLog log;
     EXPECT_EQ(SMAppendToOSSysLog(1, 1, 5, "a b", "\r1\r\n%s%n\t\xC3\xA9\r"), SM_STATUS_OK);
     EXPECT_EQ(Received(log), "<27>|a b: Record Broker EventID: 5   1 \n%s%n\t\xC3\xA9 ");
-    const std::string head = "Package Ledger EventID: 99  ";
-    const std::string fits(2047 - head.size(), 'm');
-    EXPECT_EQ(SMAppendToOSSysLog(2, 6, 99, "who", fits.c_str()), SM_STATUS_OK);
-    EXPECT_EQ(Received(log), "<28>|who: " + head + fits);
-    EXPECT_EQ(SMAppendToOSSysLog(2, 6, 99, "who", (fits + "m").c_str()), SM_STATUS_OK);
-    EXPECT_EQ(Received(log), "<28>|who: ");
+    const std::string head = "Package Ledger EventID: 99  ", fits(2047 - head.size(), 'm');
+    for (const bool isLonger : {false, true}) {
+        EXPECT_EQ(SMAppendToOSSysLog(2, 6, 99, "who", (fits + (isLonger ? "m" : "")).c_str()), SM_STATUS_OK);
+        EXPECT_EQ(Received(log), "<28>|who: " + (isLonger ? "" : head + fits));
+    }
 }
 
 } // namespace

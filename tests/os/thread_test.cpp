@@ -64,10 +64,10 @@ TEST(Thread, BothKindsRunTheRoutineOnASmallStackUnderTheirOwnName)
 TEST(Thread, StopWaitsForTheEndOfTheRoutine)
 {
     int turns = 0; // not atomic: the wait orders it
-    const auto run = [](void *argument) -> void * {
+    const auto run = [](void *argument) {
         for (int turn = 0; turn < 10000; ++turn)
             *static_cast<int *>(argument) += SMThreadYield() == 0 ? 1 : 0;
-        return nullptr;
+        return argument;
     };
     EXPECT_EQ(SMThreadStop(SMThreadStart(run, &turns)), SM_STATUS_OK);
     EXPECT_EQ(turns, 10000);
