@@ -22,28 +22,24 @@ std::string LockFile(const std::string &protectedPath)
 }
 
 // An open file description stands for another process. It stays open: a close would drop the locks of this process.
-class Other {
-public:
-    explicit Other(const std::string &path) : descriptor_(open(LockFile(path).c_str(), O_RDWR | O_CLOEXEC)) {}
-    int Hold(int type) const
-    {
-        struct flock whole = {};
-        whole.l_type = static_cast<short>(type);
-        return fcntl(descriptor_, F_OFD_SETLK, &whole);
-    }
-    // The type of the lock that is in the way of a writer at this place; -1 if it is not one of the whole file.
-    int InTheWay(off_t place) const
+struct Other {
+    explicit Other(const std::string &path) : descriptor(open(LockFile(path).c_str(), O_RDWR | O_CLOEXEC)) {}
+    // Sets a lock, or tells the type of the one that is in the way: -1 if it is not one of the whole file.
+    int Do(int command, int type, off_t place = 0, off_t length = 0) const
     {
         struct flock range = {};
-        range.l_type = F_WRLCK;
+        range.l_type = static_cast<short>(type);
         range.l_start = place;
-        range.l_len = 1;
-        const bool told = fcntl(descriptor_, F_OFD_GETLK, &range) == 0;
-        return told && (range.l_type == F_UNLCK || (range.l_start == 0 && range.l_len == 0)) ? range.l_type : -1;
+        range.l_len = length;
+        const bool done = fcntl(descriptor, command, &range) == 0;
+        return done && (range.l_type == F_UNLCK || (range.l_start == 0 && range.l_len == 0)) ? range.l_type : -1;
+    }
+    int InTheWay(off_t place) const
+    {
+        return Do(F_OFD_GETLK, F_WRLCK, place, 1);
     }
 
-private:
-    int descriptor_;
+    const int descriptor;
 };
 
 class FileLock : public NamedObjects {
@@ -116,10 +112,10 @@ TEST_F(FileLock, ExcludesByProcessAndByThread)
             EXPECT_EQ(SMFileLockRelease(lock), SM_STATUS_OK);
             EXPECT_EQ(other.InTheWay(0), F_UNLCK);
 
-            ASSERT_EQ(other.Hold(type), 0);
+            ASSERT_EQ(other.Do(F_OFD_SETLK, type), type);
             const bool both = held == kFileLockReader && wanted == kFileLockReader;
             EXPECT_EQ(InThread(lock, wanted, 0), both ? SM_STATUS_OK : SM_STATUS_TIMEOUT);
-            ASSERT_EQ(other.Hold(F_UNLCK), 0);
+            ASSERT_EQ(other.Do(F_OFD_SETLK, F_UNLCK), F_UNLCK);
             EXPECT_EQ(InThread(lock, wanted, 0), SM_STATUS_OK); // over the descriptor of the attempt that failed
         }
     }

@@ -43,11 +43,7 @@ TEST_F(Keys, OddRegistries)
     std::string crowd = kNumbers; // more than the first buffer has room for, in no order
     for (int number = 300999; number > 300500; --number)
         crowd += std::to_string(number) + "=x\n";
-    const struct {
-        std::string content;
-        uint32_t key;
-        bool stored;
-    } cases[] = {
+    const std::tuple<std::string, uint32_t, bool> cases[] = {
         {"", 300001, true},
         {kNames + "a=400000\n", 300001, true},
         {kNames + "a=400000\n\n" + kNumbers, 300001, true},
@@ -61,14 +57,13 @@ TEST_F(Keys, OddRegistries)
         {kNames + "n=17\n", 17, false},
         {kNames + "n=word\n", 0, false},
     };
-    for (const auto &c : cases) {
-        std::ofstream(kRegistry, std::ios::binary | std::ios::trunc) << c.content;
-        EXPECT_EQ(SMIPCKeyGet("n"), c.key) << c.content.substr(0, 200);
-        const std::string key = std::to_string(c.key);
-        const std::string content = Content(kRegistry);
-        EXPECT_EQ(content != c.content, c.stored) << content;
-        EXPECT_EQ(content.find("\nn=" + key + "\n") != std::string::npos, c.stored || c.key == 17) << content;
-        EXPECT_EQ(content.find("\n" + key + "=n\n") != std::string::npos, c.stored) << content;
+    for (const auto &[before, key, stored] : cases) {
+        std::ofstream(kRegistry, std::ios::binary | std::ios::trunc) << before;
+        EXPECT_EQ(SMIPCKeyGet("n"), key) << before.substr(0, 200);
+        const std::string number = std::to_string(key), after = Content(kRegistry);
+        EXPECT_EQ(after != before, stored) << after;
+        EXPECT_EQ(after.find("\nn=" + number + "\n") != std::string::npos, stored || key == 17) << after;
+        EXPECT_EQ(after.find("\n" + number + "=n\n") != std::string::npos, stored) << after;
     }
 }
 

@@ -161,29 +161,26 @@ TEST_F(NamedMutex, RefusalsOfTheSystem)
     if (const std::string hindrance = TraceHindrance(); !hindrance.empty())
         GTEST_SKIP() << hindrance;
     const Mutex mutex(SMMutexCreate("X"));
-    constexpr struct {
-        int nth, error; // 1 is the lock, 2 the unlock
-        uint32_t timeoutMs, status;
-        int after; // what another process gets then
-    } kCases[] = {
+    // The nth call, 1 the lock and 2 the unlock; what another process gets then.
+    constexpr std::tuple<int, int, uint32_t, uint32_t, uint32_t> kCases[] = {
         {1, EINTR, 0, SM_STATUS_OK, 0},
         {1, EDEADLK, SM_WAIT_FOREVER, SM_STATUS_OK, 0},
         {1, EACCES, kLong, SM_STATUS_OK, 0},
         {1, EAGAIN, 1u << 31, SM_STATUS_TIMEOUT, 0},
         {1, ENOLCK, SM_WAIT_FOREVER, SM_STATUS_FAILED, 0},
         {2, EINTR, 0, SM_STATUS_OK, 0},
-        {2, ENOLCK, 0, SM_STATUS_OK, static_cast<int>(SM_STATUS_TIMEOUT)},
+        {2, ENOLCK, 0, SM_STATUS_OK, SM_STATUS_TIMEOUT},
     };
-    for (const auto &c : kCases) {
-        const auto work = [&] {
+    for (const auto &[nth, error, timeoutMs, given, after] : kCases) {
+        const auto work = [&, timeoutMs, after] {
             TraceBegin();
-            const uint32_t status = SMMutexLock(mutex.get(), c.timeoutMs);
+            const uint32_t status = SMMutexLock(mutex.get(), timeoutMs);
             const bool unlocked = status != SM_STATUS_OK || SMMutexUnLock(mutex.get()) == SM_STATUS_OK;
             TraceEnd();
-            return unlocked && TryElsewhere() == c.after ? Code(status) : 99;
+            return unlocked && TryElsewhere() == Code(after) ? Code(status) : 99;
         };
-        const auto isLock = [](long call) { return call == SYS_fcntl; };
-        EXPECT_EQ(Trace(work, {c.nth, c.error, isLock}).exitCode, Code(c.status)) << c.nth << ' ' << c.error;
+        const TracePlan plan = {nth, error, [](long call) { return call == SYS_fcntl; }};
+        EXPECT_EQ(Trace(work, plan).exitCode, Code(given)) << nth << ' ' << error;
     }
 }
 

@@ -82,14 +82,12 @@ TEST(IPCPaths, FollowTheRegisteredDataPath)
 {
     const std::string longest = "/run/" + std::string(203, 'd'); // with "/.ipc" 213 characters
     const std::string longer = longest + "d";
-    const struct {
-        const char *dataPath;
-        std::string directory;
-        size_t nameSize; // of a mutex
-    } cases[] = {{nullptr, "/var/run/qz/.ipc", 58},
-                 {"/run/data/", "/run/data//.ipc", 57}, // the slash stays
-                 {longest.c_str(), longest + "/.ipc", 255},
-                 {longer.c_str(), longer + "/.ipc", 4}};
+    const std::tuple<const char *, std::string, size_t> cases[] = {
+        // with the size of a mutex's name
+        {nullptr, "/var/run/qz/.ipc", 58},
+        {"/run/data/", "/run/data//.ipc", 57}, // the slash stays
+        {longest.c_str(), longest + "/.ipc", 255},
+        {longer.c_str(), longer + "/.ipc", 4}};
     for (const auto &[dataPath, directory, nameSize] : cases) {
         UseDataPath(dataPath);
         EXPECT_EQ(qzvest::IPCDirectory(), directory);

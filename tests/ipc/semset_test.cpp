@@ -66,20 +66,17 @@ TEST_F(SemSet, AttachRemovesThoseOfTheDead)
 
     const std::string kept = "987654" + process + "text" + process + "1x" + process; // gone, and none
     const std::string crowd = kList + dead + std::string(8190, '9') + "=1\n";
-    const struct {
-        std::string before, after;
-        int sets;
-    } cases[] = {
+    const std::tuple<std::string, std::string, int> cases[] = {
         {kList + "=" + "1\n" + dead, kList + "=" + "1\n" + dead, 2}, // the list seems to be empty
         {crowd, crowd, 2},                                           // does not fit
         {mine + kept + dead, mine + kept, 1},
     };
-    for (const auto &c : cases) {
-        std::ofstream(kRegistry, std::ios::binary | std::ios::trunc) << c.before;
+    for (const auto &[before, after, sets] : cases) {
+        std::ofstream(kRegistry, std::ios::binary | std::ios::trunc) << before;
         qzvest::SMModuleStop();
         qzvest::SMModuleStart();
-        EXPECT_EQ(Content(kRegistry), c.after);
-        EXPECT_EQ(SetsInUse(), c.sets);
+        EXPECT_EQ(Content(kRegistry), after);
+        EXPECT_EQ(SetsInUse(), sets);
     }
     EXPECT_EQ(UnitsOf(own), 1);
 }

@@ -49,8 +49,7 @@ TEST(TemporaryName, GivesUpAfterAHundredThatExist)
     EXPECT_EQ(SMGetTmpFile(folder.Path(), buffer, &size), SM_STATUS_BUFFER_TOO_SMALL);
     EXPECT_EQ(size, 9u);
     EXPECT_STREQ(buffer, "untouche");
-    EXPECT_EQ(SMGetTmpFile((folder / "missing").c_str(), buffer, &(size = 256)), SM_STATUS_OK); // seeds
-    EXPECT_EQ(size, 9u);
+    EXPECT_EQ(SMGetTmpFile((folder / "missing").c_str(), buffer, &size), SM_STATUS_OK); // seeds
     std::srand(7);
     for (int i = 0; i < 99; ++i)
         folder.Make(DrawnName(), "");
@@ -85,21 +84,16 @@ TEST(Copy, TakesContentAndModeOrTellsWhyNot)
         EXPECT_EQ(copy(source.c_str(), target.c_str(), 0), SM_STATUS_OK);
         EXPECT_EQ(Content(target), content);
         EXPECT_EQ(Mode(target), 04775u);
-        const struct {
-            std::string from, to;
-            uint16_t overwrite;
-            uint32_t status;
-            std::string after;
-        } cases[] = {
+        const std::tuple<std::string, std::string, uint16_t, uint32_t, std::string> cases[] = {
             {missing, target, 0, SM_STATUS_FILE_EXISTS, content},
             {missing, target, 1, SM_STATUS_FILE_NOT_FOUND, content},
             {source, missing + "/target", 1, SM_STATUS_FAILED, content},
             {folder.Make("short", "short", 0600), target, 1, SM_STATUS_OK, "short"},
             {folder.Path(), target, 1, SM_STATUS_FAILED, ""}, // opens, but cannot be read
         };
-        for (const auto &c : cases) {
-            EXPECT_EQ(copy(c.from.c_str(), c.to.c_str(), c.overwrite), c.status) << c.from;
-            EXPECT_EQ(Content(target), c.after);
+        for (const auto &[from, to, overwrite, status, after] : cases) {
+            EXPECT_EQ(copy(from.c_str(), to.c_str(), overwrite), status) << from;
+            EXPECT_EQ(Content(target), after);
         }
         EXPECT_EQ(Mode(target), 0600u);
         EXPECT_EQ(copy(source.c_str(), nullptr, 1), SM_STATUS_BAD_ARGUMENT);
