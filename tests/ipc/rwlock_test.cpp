@@ -72,7 +72,6 @@ TEST_F(ReadWriteLock, NamesOneSetAndOneMutexFile)
     Lock lock(SMRWLCreate("gate"));
     const int set = SetOf(kFirstKey);
     EXPECT_EQ(SetsInUse(), 1);
-    EXPECT_EQ(StatusOf(set).sem_nsems, 1u);
     EXPECT_EQ(ModeOfSet(set), 0600u);
     EXPECT_EQ(UnitsOf(set), 0);
     EXPECT_NE(Content(kRegistry).find(kSemaphoreName + "=300001\n"), std::string::npos);
@@ -103,7 +102,6 @@ TEST_F(ReadWriteLock, NamedPrefersWriters)
     EXPECT_EQ(SMRWLReadLockGet(lock.get(), 0), SM_STATUS_TIMEOUT); // though a reader holds it
     SMRWLReadLockRelease(lock.get());                              // wakes the writer, who waits on
     AwaitWaiters(set, 1);
-    EXPECT_EQ(writer.wait_for(std::chrono::seconds(0)), std::future_status::timeout);
     SMRWLReadLockRelease(lock.get());
     EXPECT_EQ(writer.get(), SM_STATUS_OK);
     EXPECT_EQ(SMRWLReadLockGet(lock.get(), 0), SM_STATUS_TIMEOUT);

@@ -109,7 +109,6 @@ TEST_F(SharedMem, OutlivesADeadMakerForTheNextOne)
     Memory again(SMSharedMemCreate("area", 100)); // made anew, under the guard that is left
     ASSERT_NE(again, nullptr);
     EXPECT_STREQ(TextOf(again.get()), "");
-    EXPECT_EQ(UnitsOf(SetOf(kFirstKey)), 0);
     again.reset();
     EXPECT_EQ(ObjectsInUse(), 0);
 }
@@ -143,8 +142,6 @@ TEST_F(SharedMem, WithoutAKeyIsPrivate)
     std::ofstream(kRegistry) << "[Unique String Name Key Section]\nqzvesshm467BD16FAA14C83E8639EA1A82F547AD=0\n";
     EXPECT_EQ(SMSharedMemOpen("area"), nullptr);
     Memory first(SMSharedMemCreate("area", 100));
-    EXPECT_NE(Content(kRegistry).find("[Semaphore List]\n"), std::string::npos);
-    EXPECT_NE(Content(kRegistry).find("=" + std::to_string(getpid()) + "\n"), std::string::npos);
     std::filesystem::remove_all(kIpcFolder); // no registry at all
     Memory second(SMSharedMemCreate("area", 100));
     EXPECT_EQ(SMSharedMemOpen("area"), nullptr);

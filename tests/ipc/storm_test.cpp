@@ -48,19 +48,13 @@ constexpr int kNamers = 8;
 constexpr int kNames = kSlow ? 48 : 200; // of each process; half of them are common to all
 
 // Semaphores and events with manual reset by turns.
-struct Object {
-    SMSemaphore *semaphore = nullptr;
-    SMEvent *event = nullptr;
-
-    Object(int namer, int number)
-    {
-        const std::string name = (number % 2 == 0 ? "all" : std::to_string(namer)) + " " + std::to_string(number);
-        if (number % 4 < 2)
-            semaphore = SMSemaphoreCreate(name.c_str(), 0);
-        else
-            event = SMEventCreate(name.c_str(), 1, 0);
-    }
-};
+std::pair<SMSemaphore *, SMEvent *> Make(int namer, int number)
+{
+    const std::string name = (number % 2 == 0 ? "all" : std::to_string(namer)) + " " + std::to_string(number);
+    if (number % 4 < 2)
+        return {SMSemaphoreCreate(name.c_str(), 0), nullptr};
+    return {nullptr, SMEventCreate(name.c_str(), 1, 0)};
+}
 
 using Lines = std::vector<std::pair<std::string, std::string>>;
 
@@ -84,10 +78,10 @@ Lines SectionOf(const std::string &section)
         for (++there; there < count;)
             sched_yield();
     };
-    std::vector<Object> objects;
+    std::vector<std::pair<SMSemaphore *, SMEvent *>> objects;
     meet(kNamers);
     for (int number = 0; number < kNames; ++number)
-        objects.emplace_back(self, number);
+        objects.push_back(Make(self, number));
     meet(2 * kNamers);
     uint32_t failures = 0;
     for (const auto &[semaphore, event] : objects)
@@ -124,7 +118,7 @@ TEST_F(Storm, EveryNameGetsOneKeyAndOneSet)
 
     for (int self = 0; self < kNamers; ++self)
         for (int number = 0; number < kNames; ++number) {
-            const auto [semaphore, event] = Object(self, number);
+            const auto [semaphore, event] = Make(self, number);
             SMEventDestroy(event);
             SMSemaphoreDestroy(semaphore);
         }

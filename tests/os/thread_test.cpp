@@ -96,13 +96,10 @@ TEST(Thread, WithoutAThreadOfTheSystemThereIsNone)
     for (const bool released : {false, true}) {
         const auto work = [released] {
             TraceBegin();
-            const bool refused = released ? SMThreadStartAndRelease(Pause, nullptr) == SM_STATUS_FAILED
-                                          : SMThreadStart(Pause, nullptr) == nullptr;
-            TraceEnd();
-            return refused ? 1 : 0;
+            return released ? SMThreadStartAndRelease(Pause, nullptr) == SM_STATUS_FAILED
+                            : SMThreadStart(Pause, nullptr) == nullptr;
         };
-        const TraceOutcome outcome = Trace(work, plan);
-        EXPECT_TRUE(outcome.reached && outcome.exitCode == 1) << released;
+        EXPECT_EQ(Trace(work, plan).exitCode, 1) << released;
     }
 }
 
