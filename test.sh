@@ -16,7 +16,7 @@ export ASAN_OPTIONS=detect_leaks=1:detect_stack_use_after_return=1 UBSAN_OPTIONS
 mkdir -p "$logs"
 
 needs=(cmake:cmake ninja:ninja-build gcc:gcc g++:g++ nm:binutils /usr/include/stdio.h:libc6-dev
-    clang-tidy:clang-tidy clang-format:clang-format pkg-config:pkg-config valgrind:valgrind doxygen:doxygen
+    clang-tidy:clang-tidy clang-format:clang-format pkg-config:pkg-config valgrind:valgrind doxygen:doxygen ip:iproute2
     /usr/include/gtest/gtest.h:libgtest-dev /usr/include/zlib.h:zlib1g-dev
     /usr/include/libxml2/libxml/parser.h:libxml2-dev abidiff:abigail-tools
     dh:debhelper /usr/share/doc/build-essential:build-essential)
