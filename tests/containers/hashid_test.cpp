@@ -45,14 +45,6 @@ public:
         return word == 0 ? Count(0) == 31 && !Used(0) : Count(word) == 32;
     }
 
-    uint32_t LowestFree()
-    {
-        uint32_t id = 1;
-        while (id < words * 32 && Used(id))
-            ++id;
-        return id < words * 32 ? id : 0;
-    }
-
     // The lowest free ID above all used ones of the last word that is partly used; else of the first empty one.
     uint32_t AboveTop()
     {
@@ -70,11 +62,11 @@ public:
         return candidate;
     }
 
-    std::vector<uint32_t> Found()
+    std::vector<uint32_t> Select(bool used)
     {
         std::vector<uint32_t> ids;
         for (uint32_t id = 1; id < words * 32; ++id)
-            if (Used(id))
+            if (Used(id) == used)
                 ids.push_back(id);
         return ids;
     }
@@ -83,31 +75,27 @@ private:
     std::vector<uint8_t> area;
 };
 
-std::vector<uint32_t> FoundIn(Table &table)
-{
-    std::vector<uint32_t> ids;
-    uint32_t word = 77, bit = 77;
-    uint32_t id = SMFindFirstHashID(table.at(), table.bytes, &word, &bit);
-    for (; id != 0; id = SMFindNextHashID(table.at(), table.bytes, &word, &bit)) {
-        EXPECT_EQ(word * 32 + bit, id);
-        ids.push_back(id);
-    }
-    EXPECT_EQ(word * 32 + bit, ids.empty() ? 0 : ids.back()) << "the end leaves the place";
-    return ids;
-}
-
 void CheckScans(Table &table)
 {
-    const std::vector<uint32_t> found = table.Found();
+    const std::vector<uint32_t> found = table.Select(true);
     const bool zeroAlone = table.words > 0 && table.Used(0) && table.Count(0) == 1; // told as it is, though no ID
     ASSERT_EQ(SMGetMinInUseID(table.at(), table.bytes), found.empty() || zeroAlone ? 0 : found.front());
     ASSERT_EQ(SMGetMaxInUseID(table.at(), table.bytes), found.empty() ? 0 : found.back());
-    ASSERT_EQ(FoundIn(table), found);
+    uint32_t word = 77, bit = 77;
+    uint32_t id = SMFindFirstHashID(table.at(), table.bytes, &word, &bit);
+    for (const uint32_t wanted : found) {
+        ASSERT_EQ(id, wanted);
+        ASSERT_EQ(word * 32 + bit, id);
+        id = SMFindNextHashID(table.at(), table.bytes, &word, &bit);
+    }
+    ASSERT_EQ(id, 0u);
+    ASSERT_EQ(word * 32 + bit, found.empty() ? 0 : found.back()) << "the end leaves the place";
 }
 
 void CheckAcquire(Table &table, uint32_t mode)
 {
-    const uint32_t wanted = mode == 0 ? table.LowestFree() : table.AboveTop();
+    const std::vector<uint32_t> unused = table.Select(false);
+    const uint32_t wanted = mode != 0 ? table.AboveTop() : unused.empty() ? 0 : unused.front();
     ASSERT_EQ(SMAcquireHashID(table.at(), table.bytes, 2), 0u); // there is no such mode
     ASSERT_EQ(SMAcquireHashID(table.at(), table.bytes, mode), wanted) << "mode " << mode;
     ASSERT_TRUE(wanted == 0 || table.Used(wanted));

@@ -19,16 +19,13 @@ TEST(CRC32, BuffersOfAnySizeAgreeWithZlib)
     std::mt19937 random(61);
     for (uint32_t size = 0; size <= 1u << 21; size += size < 1200 ? 1 : 1 + size / 2) {
         const std::string bytes = RandomBytes(random, size);
-        ASSERT_EQ(SMCRC32Compute_vn(Guarded(bytes).Bytes(), size), Zlib(bytes)) << size;
+        ASSERT_EQ(SMCRC32Compute_vn(Guarded(bytes).bytes, size), Zlib(bytes)) << size;
     }
 }
 
 TEST(CRC32, TextsEndAtTheTerminator)
 {
-    EXPECT_EQ(SMCRC32Compute_str("123456789"), 0xCBF43926u);
-    EXPECT_EQ(SMCRC32Compute_str(""), 0u);
-    EXPECT_EQ(SMCRC32Compute_strncase(""), 0u);
-    for (const size_t length : {1u, 63u, 511u, 512u, 513u, 1024u, 5000u}) { // the fold works in pieces
+    for (const size_t length : {0u, 1u, 63u, 511u, 512u, 513u, 1024u, 5000u}) { // the fold works in pieces
         const std::string upper(length, 'Q'), lower(length, 'q');
         EXPECT_EQ(SMCRC32Compute_str(upper.c_str()), Zlib(upper)) << length;
         EXPECT_EQ(SMCRC32Compute_strncase(upper.c_str()), Zlib(lower)) << length;
@@ -45,8 +42,7 @@ TEST(CRC32, CaseFoldsAsTheLocaleSays)
                          "toupper (<U0061>,<U0041>);(<U00E4>,<U00C4>)\n"
                          "tolower (<U0041>,<U0061>);(<U00C4>,<U00E4>)\n");
     ASSERT_TRUE(four.isSet);
-    const uint32_t folded = SMCRC32Compute_strncase(mixed);
-    EXPECT_EQ(folded, Zlib("aaZ@[`{09\xE4\xE4\xD7")) << "this locale has A and \xC4 alone";
+    EXPECT_EQ(SMCRC32Compute_strncase(mixed), Zlib("aaZ@[`{09\xE4\xE4\xD7")) << "this locale has A and \xC4 alone";
 }
 
 TEST(CRC32, GeneratedSumIsOfItsOwnKind)
@@ -61,7 +57,7 @@ TEST(CRC32, GeneratedSumIsOfItsOwnKind)
     };
     for (const auto &[bytes, size, processed, sum] : kCases) {
         const Guarded block(bytes);
-        EXPECT_EQ(SMGenerateCRC32(block.Bytes(), size, processed), sum) << bytes << ' ' << processed;
+        EXPECT_EQ(SMGenerateCRC32(block.bytes, size, processed), sum) << bytes << ' ' << processed;
     }
 }
 
