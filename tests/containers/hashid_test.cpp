@@ -32,17 +32,11 @@ public:
 
     // What the scanning calls are to answer, bit by bit.
 
-    uint32_t Count(uint32_t word)
+    uint32_t Word(uint32_t index)
     {
-        uint32_t used = 0;
-        for (uint32_t bit = 0; bit < 32; ++bit)
-            used += Used(word * 32 + bit);
-        return used;
-    }
-
-    bool IsFull(uint32_t word)
-    {
-        return word == 0 ? Count(0) == 31 && !Used(0) : Count(word) == 32;
+        uint32_t word;
+        std::memcpy(&word, at() + index * 4, 4);
+        return word;
     }
 
     // The lowest free ID above all used ones of the last word that is partly used; else of the first empty one.
@@ -50,7 +44,7 @@ public:
     {
         uint32_t chosen = words;
         for (uint32_t word = 0; word < words; ++word)
-            if (!IsFull(word) && (Count(word) != 0 || chosen == words))
+            if (~Word(word) != (word == 0 ? 1 : 0) && (Word(word) != 0 || chosen == words)) // ID 0 is none
                 chosen = word;
         uint32_t candidate = 0;
         for (uint32_t id = chosen * 32 + 31; chosen < words && id > 0 && id / 32 == chosen; --id) {
@@ -78,7 +72,7 @@ private:
 void CheckScans(Table &table)
 {
     const std::vector<uint32_t> found = table.Select(true);
-    const bool zeroAlone = table.words > 0 && table.Used(0) && table.Count(0) == 1; // told as it is, though no ID
+    const bool zeroAlone = table.words > 0 && table.Word(0) == 1; // told as it is, though no ID
     ASSERT_EQ(SMGetMinInUseID(table.at(), table.bytes), found.empty() || zeroAlone ? 0 : found.front());
     ASSERT_EQ(SMGetMaxInUseID(table.at(), table.bytes), found.empty() ? 0 : found.back());
     uint32_t word = 77, bit = 77;

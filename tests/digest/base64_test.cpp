@@ -61,13 +61,9 @@ void ExpectDecoded(const std::string &text)
 
 TEST(Base64, VectorsMeasureTheModelToo)
 {
-    const std::pair<std::string, std::string> kVectors[] = {
-        {"fo", "Zm8="}, {"foobar", "Zm9vYmFy"}, {"\xFB\xEF\xFF", "++//"}};
-    for (const auto &[bytes, text] : kVectors) {
-        EXPECT_EQ(EncodeModel(bytes, kAlphabet), text);
-        EXPECT_EQ(DecodeModel(text), bytes);
-    }
+    EXPECT_EQ(EncodeModel("\xFB\xEF\xFFr", kAlphabet), "++//cg==");
     const std::pair<std::string, std::string> kCases[] = {
+        {"Zm9vYg==++//", "foob\xFB\xEF\xFF"},
         {"T\nFu", "\x4F\xF1\x6E"},  // a line break is the value 63
         {"\x80\xFF~=", "\xFF\xFF"}, // as is a byte above ASCII
         {"TQ==TQ==", "MM"},         // a pad character does not end the text

@@ -47,13 +47,10 @@ TEST(CRC32, CaseFoldsAsTheLocaleSays)
 
 TEST(CRC32, GeneratedSumIsOfItsOwnKind)
 {
-    // bytes: all that may be read
-    // Padded with zeros, or with data behind the number to process.
+    // The bytes are all that may be read; the number to process is padded with zeros, or with data behind it.
     const std::tuple<std::string, uint32_t, uint32_t, uint32_t> kCases[] = {
-        {"A", 1, 1, 0x5B2151E2},         {std::string(1, '\0'), 1, 1, 0x2DFD1072},
-        {"123456789", 9, 9, 0x5B531060}, {"123456789", 9, 0, 0xFFFFFFFF},
-        {"", 0, 4, 0xDEBB20E3},          {"\x41", 1, 3, 0x7024AB2D},
-        {"1234", 8, 4, 0xC0AC60C4},
+        {"123456789", 9, 9, 0x5B531060}, {"123456789", 9, 0, 0xFFFFFFFF}, {"", 0, 4, 0xDEBB20E3},
+        {"\x41", 1, 3, 0x7024AB2D},      {"1234", 8, 4, 0xC0AC60C4},
     };
     for (const auto &[bytes, size, processed, sum] : kCases) {
         const Guarded block(bytes);

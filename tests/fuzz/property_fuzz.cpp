@@ -19,17 +19,14 @@ void CheckKeys(const MemoryFile &file, const std::string &expected, uint32_t cut
     uint32_t size = room;
     const uint32_t status = qzvest::PropertyList(file.Rewound(), keys.get(), &size);
     Require(size == need);
-    if (need == 1) {
-        Require(status == SM_STATUS_INI_NO_KEY);
-    } else if (room == need) {
-        Require(status == SM_STATUS_OK && std::memcmp(keys.get(), expected.data(), need) == 0);
-    } else {
-        Require(status == SM_STATUS_BUFFER_TOO_SMALL);
-        uint32_t used = 0; // whole keys, and the end of the list
-        while (used < room && keys[used] != '\0')
-            used += static_cast<uint32_t>(std::strlen(&keys[used])) + 1;
-        Require(room == 0 || (used < room && std::memcmp(keys.get(), expected.data(), used) == 0));
-    }
+    Require(status == (need == 1 ? SM_STATUS_INI_NO_KEY : room == need ? SM_STATUS_OK : SM_STATUS_BUFFER_TOO_SMALL));
+    if (need == 1 || room == 0)
+        return;
+    uint32_t used = 0; // whole keys, and the end of the list
+    while (used < room && keys[used] != '\0')
+        used += static_cast<uint32_t>(std::strlen(&keys[used])) + 1;
+    Require(used < room && std::memcmp(keys.get(), expected.data(), used) == 0);
+    Require(room < need || used == need - 1);
 }
 
 void CheckValue(const MemoryFile &file, const std::string &key, const std::string &expected)

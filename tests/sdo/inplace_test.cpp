@@ -14,7 +14,6 @@ TEST(SDOInPlace, CountAndSize)
         const uint32_t size = SMSDOBinaryGetSize(Block(block).data(), &arrays[1]);
         return Text(count, ' ', size, ' ', arrays[0], ' ', arrays[1]);
     };
-    EXPECT_EQ(read("'BODS 0200 FFFF"), "2 65535 0 0");
     EXPECT_EQ(read("'BADS FFFF 0800"), "65535 8 1 1");
     for (const char *none : {"'BXDS 0200 0800", ""}) // NULL
         EXPECT_EQ(read(none), Text(SM_SDO_NO_COUNT, " 0 0 0"));

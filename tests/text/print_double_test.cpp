@@ -8,7 +8,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <memory>
 #include <random>
 #include <string>
 
@@ -153,9 +152,9 @@ TEST(PrintDouble, HugePrecisions)
         {"%.2147483647g", 0.25, "0.25"},
     };
     for (const auto &[givenFormat, givenValue, expected] : cases) {
-        const auto room = std::make_unique<char[]>(16);
-        EXPECT_EQ(SMsnprintf(room.get(), 16, givenFormat, givenValue), strlen(expected)) << givenFormat;
-        EXPECT_STREQ(room.get(), expected) << givenFormat << " of " << givenValue;
+        char room[16];
+        EXPECT_EQ(SMsnprintf(room, 16, givenFormat, givenValue), strlen(expected)) << givenFormat;
+        EXPECT_STREQ(room, expected) << givenFormat << " of " << givenValue;
     }
     for (const char *format : {"%.1100f", "%#.1100e", "%.1100g", "%.20000f", "%#.140000g", "%140000.1075f"})
         for (const double value : {5e-324, 2.2250738585072009e-308, 1.7976931348623157e+308, 0.1}) {

@@ -14,129 +14,103 @@
 
 namespace {
 
+using namespace std::string_literals;
+
 constexpr uint32_t kOctal = SMXLT_FORMAT_OCTAL, kHex = SMXLT_FORMAT_HEX, kBase2 = SMXLT_FORMAT_BINARY;
 constexpr uint32_t kOk = SM_STATUS_OK, kFailed = SM_STATUS_FAILED, kSmall = SM_STATUS_BUFFER_TOO_SMALL;
 constexpr uint32_t kBad = SM_STATUS_BAD_ARGUMENT, kInvalid = SM_STATUS_INVALID_PARAMETER;
 constexpr uint32_t kLarge = SM_STATUS_VALUE_TOO_LARGE, kBelow = SM_STATUS_VALUE_TOO_SMALL;
 
-// That too little room is told of, and how much is needed, is shown for all types in typedvalue_fuzz.cpp.
-
-// The value, of which the low bytes are expected, is at an odd address and not touched without success.
-void ExpectNumber(std::string text, uint32_t type, uint32_t status, int64_t value)
+template <typename Value>
+std::string Bytes(Value value)
 {
-    SCOPED_TRACE(text + " as " + std::to_string(type & 0xFFFF));
-    constexpr uint32_t kSizes[] = {2, 1, 2, 4, 8, 1, 2, 4, 8, 8, 4, 0, 0, 0, 0, 4, 0};
-    std::string stored(16, '\xA5'), expected = stored;
-    const uint32_t size = kSizes[type & 0xFF];
-    if (status == kOk)
-        std::memcpy(&expected[1], &value, size);
-    uint32_t word = 15;
-    EXPECT_EQ(SMXLTUTF8ToTypeValue(text.data(), &stored[1], &word, type), status);
-    EXPECT_EQ(word, size);
-    EXPECT_EQ(stored, expected);
+    return std::string(reinterpret_cast<char *>(&value), sizeof value);
 }
 
-TEST(TypedValue, NumbersAndNamesFromText)
+std::string Failure(uint32_t status, uint32_t size)
+{
+    return "status " + std::to_string(status) + ", size " + std::to_string(size);
+}
+
+// The value that a text gives with room for 100 bytes, at an odd address where that may be; without success nothing is
+// written. That too little room is told of, and how much is needed, is shown for all types in typedvalue_fuzz.cpp.
+std::string FromText(std::string text, uint32_t type)
+{
+    std::string room(102, 'Z');
+    const size_t place = type == SMXLT_TYPE_UCS2 ? 2 : 1;
+    uint32_t size = 100;
+    const uint32_t status = SMXLTUTF8ToTypeValue(text.data(), &room[place], &size, type);
+    const uint32_t written = status == kOk ? size : 0;
+    EXPECT_EQ(room.find_first_not_of('Z', place + written), room.npos) << text;
+    return status == kOk ? room.substr(place, written) : Failure(status, size);
+}
+
+TEST(TypedValue, FromText)
 {
     // Ranges are those of the low 32 bits of what fits into 64.
-    const std::tuple<const char *, uint32_t, int64_t> cases[] = {
-        {"TRUE", 0, 1},
-        {"fAlse", 0, 0},
-        {"0xFFFFFF80", 1 | kHex, -128},
-        {"4294967297", 3 | 0xABCD0000, 1},
-        {"9223372036854775807", 3, -1},
-        {"37777777777", 3 | kOctal, -1},
-        {"18446744073709551621", 4, 5},
-        {"-", 4, 0},
-        {"-18446744073709551361", 5, 255},
-        {"-1", 7, 0xFFFFFFFF},
-        {"-5", 8, 0},
-        {"0x123456789abcdef", 8 | kHex, 0x123456789ABCDEF},
-        {"zh_TW", 10, 1028},
-        {"010.001.000.099", 15, 0x6300010A},
+    const std::pair<std::string, std::string> cases[] = {
+        {FromText("TRUE", 0), Bytes<int16_t>(1)},
+        {FromText("fAlse", 0), Bytes<int16_t>(0)},
+        {FromText("0xFFFFFF80", 1 | kHex), Bytes<int8_t>(-128)},
+        {FromText("4294967297", 3 | 0xABCD0000), Bytes(1)},
+        {FromText("9223372036854775807", 3), Bytes(-1)},
+        {FromText("37777777777", 3 | kOctal), Bytes(-1)},
+        {FromText("18446744073709551621", 4), Bytes<int64_t>(5)},
+        {FromText("-", 4), Bytes<int64_t>(0)},
+        {FromText("-18446744073709551361", 5), "\xFF"},
+        {FromText("-1", 7), Bytes(UINT32_MAX)},
+        {FromText("-5", 8), Bytes<uint64_t>(0)},
+        {FromText("0x123456789abcdef", 8 | kHex), Bytes<uint64_t>(0x123456789ABCDEF)},
+        {FromText("zh_TW", 10), Bytes(1028)},
+        {FromText("010.001.000.099", 15), Bytes(0x6300010A)},
+        // A decimal integer goes by the reader that wraps.
+        {FromText("-2.25kg", 9 | kOctal), Bytes(-2.25)},
+        {FromText("-0", 9), Bytes(0.0)},
+        {FromText("-0", 9 | kHex), Bytes(-0.0)},
+        {FromText("0x10", 9), Bytes(16.0)},
+        {FromText("18446744073709551618", 9), Bytes(2.0)},
+        {FromText("18446744073709551618", 9 | kHex), Bytes(18446744073709551616.0)},
+        {FromText("0A0b", 12), "\x0A\x0B"},
+        {FromText("FFfe", 16 | kOctal), "\xFF\xFE"},
+        {FromText("0x0A,zzzz,0x01", 12 | kHex), "\x0A"},
+        {FromText("1,2,3,4,5", 12 | kHex), "\1\2\3\4\5"},
+        {FromText("a\xC3\xA9", 13), "a\xC3\xA9\0"s},
+        {FromText("a\xC3\xA9", 14), "a\0\xE9\0\0\0"s},
     };
-    for (const auto &[givenText, givenType, value] : cases)
-        ExpectNumber(givenText, givenType, kOk, value);
-    const std::tuple<uint32_t, uint32_t, std::vector<const char *>> refusals[] = {
-        {0, kInvalid, {"1", "truer", "tru", ""}},
-        {1, kLarge, {"128"}},
-        {1, kBelow, {"-129"}},
-        {2, kLarge, {"32768"}},
-        {3, kInvalid, {"", "+", "+-1", " 1", "1 ", "0x1", "9223372036854775808", "-9223372036854775809"}},
-        {3 | kBase2, kInvalid, {"101"}},
-        {3 | kOctal, kInvalid, {"", "8", "-1"}},
-        {3 | kHex, kInvalid, {"", "0x", "x1", "0x0x1", "-1", "000000001"}},
-        {4 | kOctal, SM_STATUS_UNSUPPORTED, {"1"}},
-        {5, kLarge, {"-1", "256"}},
-        {7, kInvalid, {"18446744073709551616"}},
-        {8 | kOctal, SM_STATUS_UNSUPPORTED, {"1"}},
-        {8 | kHex, kInvalid, {"", "0x", "10000000000000000"}},
-        {10, kFailed, {"ZH_TW", ""}},
-        {15, kFailed, {"300.1.1.1"}},
+    for (const auto &[value, expected] : cases)
+        EXPECT_EQ(value, expected);
+    const std::tuple<uint32_t, uint32_t, uint32_t, std::vector<const char *>> refusals[] = {
+        {0, kInvalid, 2, {"1", "truer", "tru", ""}},
+        {1, kLarge, 1, {"128"}},
+        {1, kBelow, 1, {"-129"}},
+        {2, kLarge, 2, {"32768"}},
+        {3, kInvalid, 4, {"", "+", "+-1", " 1", "1 ", "0x1", "9223372036854775808", "-9223372036854775809"}},
+        {3 | kBase2, kInvalid, 4, {"101"}},
+        {3 | kOctal, kInvalid, 4, {"", "8", "-1"}},
+        {3 | kHex, kInvalid, 4, {"", "0x", "x1", "0x0x1", "-1", "000000001"}},
+        {4 | kOctal, SM_STATUS_UNSUPPORTED, 8, {"1"}},
+        {5, kLarge, 1, {"-1", "256"}},
+        {7, kInvalid, 4, {"18446744073709551616"}},
+        {8 | kHex, kInvalid, 8, {"", "0x", "10000000000000000"}},
+        {10, kFailed, 4, {"ZH_TW", ""}},
+        {11, kBad, 0, {"Thu Jan  1 00:00:00 1970"}},
+        {12, kFailed, 0, {"0x"}},
+        {12 | SMXLT_FORMAT_DECIMAL, kBad, 3, {"00"}},
+        {12 | kHex, kFailed, 0, {"0x0A,0x1FF,00x"}},
+        {12 | kHex, kFailed, 100, {""}},
+        {14, SM_STATUS_BAD_FORMAT, 100, {"\xC3"}},
+        {15, kFailed, 4, {"300.1.1.1"}},
+        {17, kBad, 0, {"1"}},
     };
-    for (const auto &[type, status, texts] : refusals) {
+    for (const auto &[type, status, size, texts] : refusals)
         for (const char *text : texts)
-            ExpectNumber(text, type, status, 0);
-    }
-}
-
-TEST(TypedValue, DoublesFromText)
-{
-    // A decimal integer goes by the reader that wraps.
-    const std::tuple<const char *, uint32_t, double> cases[] = {
-        {"-2.25kg", kOctal, -2.25},
-        {"-0", 0, 0.0},
-        {"-0", kHex, -0.0},
-        {"0x10", 0, 16.0},
-        {"18446744073709551618", 0, 2.0},
-        {"18446744073709551618", kHex, 18446744073709551616.0},
-    };
-    for (const auto &[givenText, format, givenValue] : cases) {
-        std::string text = givenText;
-        double value = 99;
-        uint32_t size = sizeof value;
-        EXPECT_EQ(SMXLTUTF8ToTypeValue(text.data(), &value, &size, SMXLT_TYPE_DOUBLE | format), kOk);
-        EXPECT_EQ(std::bit_cast<uint64_t>(value), std::bit_cast<uint64_t>(givenValue)) << givenText;
-        EXPECT_EQ(size, 8u);
-    }
-}
-
-TEST(TypedValue, BytesAndTextsFromText)
-{
-    using Text = std::string;
-    // left: in the size word, which held 100, when the status is a failure
-    const std::tuple<Text, uint32_t, uint32_t, uint32_t, Text> cases[] = {
-        {"0A0b", 12, kOk, 0, "\x0A\x0B"},
-        {"0x", 12, kFailed, 0, ""},
-        {"00", 12 | SMXLT_FORMAT_DECIMAL, kBad, 3, ""},
-        {"FFfe", 16 | kOctal, kOk, 0, "\xFF\xFE"},
-        {"0x0A,0x1FF,00x", 12 | kHex, kFailed, 0, ""},
-        {"0x0A,zzzz,0x01", 12 | kHex, kOk, 0, "\x0A"},
-        {"1,2,3,4,5", 12 | kHex, kOk, 0, "\1\2\3\4\5"},
-        {"", 12 | kHex, kFailed, 100, ""},
-        {"a\xC3\xA9", 13, kOk, 0, Text("a\xC3\xA9\0", 4)},
-        {"a\xC3\xA9", 14, kOk, 0, Text("a\0\xE9\0\0\0", 6)},
-        {"\xC3", 14, SM_STATUS_BAD_FORMAT, 100, ""},
-        {"Thu Jan  1 00:00:00 1970", 11, kBad, 0, ""},
-        {"1", 17, kBad, 0, ""},
-    };
-    for (const auto &[givenText, type, status, left, givenValue] : cases) {
-        Text text = givenText;
-        std::vector<uint16_t> value(50, 0x5A5A);
-        uint32_t size = 100;
-        EXPECT_EQ(SMXLTUTF8ToTypeValue(text.data(), value.data(), &size, type), status) << givenText << type;
-        EXPECT_EQ(size, status == kOk ? givenValue.size() : left) << givenText << type;
-        const Text stored(reinterpret_cast<char *>(value.data()), 100);
-        EXPECT_EQ(stored, givenValue + Text(100 - givenValue.size(), 'Z')) << givenText << type;
-    }
-    char list[] = "0x0A,0xFF";
-    char value[8];
-    uint32_t size = sizeof value;
-    SMXLTUTF8ToTypeValue(list, value, &size, SMXLT_TYPE_BYTES | kHex);
-    EXPECT_EQ(Text(list, sizeof list), (Text("0x0A\0", 5) + Text("0xFF\0", 5)));
-    char shifted[] = "overlap";
-    size = sizeof shifted;
-    EXPECT_EQ(SMXLTUTF8ToTypeValue(shifted + 1, shifted, &size, SMXLT_TYPE_UTF8), kOk);
+            EXPECT_EQ(FromText(text, type), Failure(status, size)) << text << " as " << type;
+    char list[] = "0x0A,0xFF", shifted[] = "overlap";
+    uint32_t size = sizeof shifted;
+    SMXLTUTF8ToTypeValue(list, shifted, &size, SMXLT_TYPE_BYTES | kHex);
+    EXPECT_EQ(std::string(list, sizeof list), "0x0A\0\x30xFF\0"s);
+    strcpy(shifted, "overlap");
+    EXPECT_EQ(SMXLTUTF8ToTypeValue(shifted + 1, shifted, &(size = 8), SMXLT_TYPE_UTF8), kOk);
     EXPECT_STREQ(shifted, "verlap");
 }
 
@@ -149,12 +123,6 @@ TEST(TypedValue, BadArguments)
     EXPECT_EQ(SMXLTTypeValueToUTF8(&value, 4, text, &size, 17), kBad);
     EXPECT_EQ(SMXLTTypeValueToUTF8(&value, 4, text, &size, SMXLT_TYPE_BYTES | kOctal), kBad);
     EXPECT_EQ(SMXLTTypeValueToUTF8(&value, 0, text, &size, SMXLT_TYPE_BYTES), kFailed);
-}
-
-template <typename Value>
-std::string Bytes(Value value)
-{
-    return std::string(reinterpret_cast<char *>(&value), sizeof value);
 }
 
 TEST(TypedValue, ToText)
