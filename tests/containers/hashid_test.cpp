@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <qzvest/hashid.h>
 
+#include <array>
 #include <cstring>
 #include <random>
 #include <vector>
@@ -135,19 +136,18 @@ TEST(HashID, DoesAsTheModelDoes)
 
 TEST(HashID, SizesAndPlaces)
 {
-    constexpr std::tuple<uint32_t, uint32_t, uint32_t, uint32_t, uint32_t> kCases[] = {
-        {0, 0, 31, 0, 31}, {0, 32, 64, 2, 0}, {1, UINT32_MAX, 64, 2, 0},
-        {3, 32, 0, 3, 32}, {4, 0, 0, 4, 0},   {UINT32_MAX, 0, 0, UINT32_MAX, 0},
-    };
     EXPECT_EQ(SMHashTableBytesNeeded(31), 4u);
     EXPECT_EQ(SMHashTableBytesNeeded(32), 8u);
     EXPECT_EQ(SMHashTableBytesNeeded(INT32_MAX), 1u << 28);
     const std::vector<uint32_t> words = {0x80000001, 0, 0x5, 0x18}; // IDs 0, 31, 64, 66, 99, 100
-    for (const auto &[givenWord, givenBit, id, newWord, newBit] : kCases) {
-        uint32_t word = givenWord, bit = givenBit;
-        EXPECT_EQ(SMFindNextHashID(words.data(), 16, &word, &bit), id) << givenWord << ' ' << givenBit;
-        EXPECT_EQ(std::pair(word, bit), std::pair(newWord, newBit)) << givenWord << ' ' << givenBit;
-    }
+    const auto next = [&](uint32_t word, uint32_t bit) {
+        const uint32_t id = SMFindNextHashID(words.data(), 16, &word, &bit);
+        return std::array{id, word, bit};
+    };
+    EXPECT_EQ(next(0, 32), (std::array{64u, 2u, 0u}));
+    EXPECT_EQ(next(1, UINT32_MAX), (std::array{64u, 2u, 0u}));
+    EXPECT_EQ(next(3, 32), (std::array{0u, 3u, 32u}));
+    EXPECT_EQ(next(UINT32_MAX, 0), (std::array{0u, UINT32_MAX, 0u}));
 }
 
 } // namespace

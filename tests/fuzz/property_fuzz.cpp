@@ -31,15 +31,15 @@ void CheckKeys(const MemoryFile &file, const std::string &expected, uint32_t cut
 
 void CheckValue(const MemoryFile &file, const std::string &key, const std::string &expected)
 {
-    uint32_t size = 0;
-    Require(qzvest::PropertyFind(file.Rewound(), key.c_str(), nullptr, &size) == SM_STATUS_BUFFER_TOO_SMALL);
-    Require(size == expected.size() + 1);
-    const std::unique_ptr<char[]> text(new char[size]);
-    Require(qzvest::PropertyFind(file.Rewound(), key.c_str(), text.get(), &size) == SM_STATUS_OK);
-    Require(std::memcmp(text.get(), expected.c_str(), size) == 0);
-    --size;
-    Require(qzvest::PropertyFind(file.Rewound(), key.c_str(), text.get(), &size) == SM_STATUS_BUFFER_TOO_SMALL);
-    Require(size == expected.size() + 1);
+    const auto need = static_cast<uint32_t>(expected.size() + 1);
+    const std::unique_ptr<char[]> text(new char[need]);
+    for (const uint32_t room : {0u, need - 1, need}) {
+        uint32_t size = room;
+        const uint32_t status =
+            qzvest::PropertyFind(file.Rewound(), key.c_str(), room != 0 ? text.get() : nullptr, &size);
+        Require(status == (room < need ? SM_STATUS_BUFFER_TOO_SMALL : SM_STATUS_OK) && size == need);
+    }
+    Require(std::memcmp(text.get(), expected.c_str(), need) == 0);
 }
 
 } // namespace

@@ -23,11 +23,6 @@ struct Log {
         text += word + ' ';
         return word == answered ? 99 : SM_STATUS_OK;
     }
-
-    ptrdiff_t Offset(const void *at) const
-    {
-        return static_cast<const uint8_t *>(at) - block->data();
-    }
 };
 
 uint32_t ObjectBegin(void *context, uint64_t cookie, uint16_t isArray, uint32_t count, uint32_t arrayIndex,
@@ -35,7 +30,7 @@ uint32_t ObjectBegin(void *context, uint64_t cookie, uint16_t isArray, uint32_t 
 {
     auto *log = static_cast<Log *>(context);
     return log->Note('<', cookie, isArray == 1 ? ":array" : ":object", count, '/', static_cast<int32_t>(arrayIndex),
-                     '@', log->Offset(block));
+                     '@', reinterpret_cast<const uint8_t *>(block) - log->block->data());
 }
 
 uint32_t Entry(void *context, uint64_t *childCookieOut, uint16_t id, uint8_t typeBits6And7, uint8_t typeBit5,
@@ -44,7 +39,7 @@ uint32_t Entry(void *context, uint64_t *childCookieOut, uint16_t id, uint8_t typ
     auto *log = static_cast<Log *>(context);
     *childCookieOut = 100u + id;
     return log->Note(id, ':', int{typeBits6And7}, '/', int{typeBit5}, '/', int{typeBit4}, '/', int{kind}, ':', size,
-                     '@', log->Offset(data));
+                     '@', static_cast<const uint8_t *>(data) - log->block->data());
 }
 
 uint32_t EntryEnd(void *context, uint64_t childCookie)

@@ -95,13 +95,6 @@ struct Outcome {
     bool operator==(const Outcome &) const = default;
 };
 
-size_t Needed(const Converted &text, size_t terminator)
-{
-    for (const Bytes &character : text.characters)
-        terminator += character.size();
-    return terminator;
-}
-
 // What a call with a destination of so many bytes must give.
 Outcome Expected(const Converted &text, uint32_t capacity, size_t terminator)
 {
@@ -201,7 +194,9 @@ void Compare(Call call, const Text &text, const Converted &model)
     const Guarded block(std::string(reinterpret_cast<const char *>(text.data()), text.size() * sizeof(Source)) +
                         std::string(sizeof(Source), '\0'));
     const auto *source = reinterpret_cast<const Source *>(block.bytes);
-    const auto needed = static_cast<uint32_t>(Needed(model, sizeof(Unit)));
+    size_t needed = sizeof(Unit);
+    for (const Bytes &character : model.characters)
+        needed += character.size();
     const Outcome query = Actual<Unit>(call, source, 0x5555, true);
     ASSERT_EQ(query.status, model.refused ? SM_STATUS_BAD_FORMAT : SM_STATUS_OK) << testing::PrintToString(text);
     ASSERT_EQ(query.size, model.refused ? 0x5555 : needed) << testing::PrintToString(text);

@@ -1,7 +1,8 @@
-// Typed values and address text through the exported calls.
+// Typed values, address text and parameters, by the exports.
 
 #include <gtest/gtest.h>
 #include <qzvest/netaddress.h>
+#include <qzvest/parameter.h>
 #include <qzvest/typedvalue.h>
 
 #include <bit>
@@ -63,6 +64,8 @@ TEST(TypedValue, FromText)
         {FromText("0x123456789abcdef", 8 | kHex), Bytes<uint64_t>(0x123456789ABCDEF)},
         {FromText("zh_TW", 10), Bytes(1028)},
         {FromText("010.001.000.099", 15), Bytes(0x6300010A)},
+        {FromText("0xff.0xFF.0Xff.0xff", 15), "\xFF\xFF\xFF\xFF"},
+        {FromText("1.2", 15), "\1\0\0\2"s},
         // A decimal integer goes by the reader that wraps.
         {FromText("-2.25kg", 9 | kOctal), Bytes(-2.25)},
         {FromText("-0", 9), Bytes(0.0)},
@@ -99,7 +102,7 @@ TEST(TypedValue, FromText)
         {12 | kHex, kFailed, 0, {"0x0A,0x1FF,00x"}},
         {12 | kHex, kFailed, 100, {""}},
         {14, SM_STATUS_BAD_FORMAT, 100, {"\xC3"}},
-        {15, kFailed, 4, {"300.1.1.1"}},
+        {15, kFailed, 4, {"300.1.1.1", "4294967295", "0X10.0.0.1", "0x", ""}},
         {17, kBad, 0, {"1"}},
     };
     for (const auto &[type, status, size, texts] : refusals)
@@ -112,17 +115,6 @@ TEST(TypedValue, FromText)
     strcpy(shifted, "overlap");
     EXPECT_EQ(SMXLTUTF8ToTypeValue(shifted + 1, shifted, &(size = 8), SMXLT_TYPE_UTF8), kOk);
     EXPECT_STREQ(shifted, "verlap");
-}
-
-TEST(TypedValue, BadArguments)
-{
-    char text[] = "1";
-    uint32_t size = 4, value = 7;
-    EXPECT_EQ(SMXLTUTF8ToTypeValue(text, nullptr, &size, 17), kInvalid); // the size word is looked at first
-    EXPECT_EQ(SMXLTTypeValueToUTF8(nullptr, 4, text, &size, 17), kInvalid);
-    EXPECT_EQ(SMXLTTypeValueToUTF8(&value, 4, text, &size, 17), kBad);
-    EXPECT_EQ(SMXLTTypeValueToUTF8(&value, 4, text, &size, SMXLT_TYPE_BYTES | kOctal), kBad);
-    EXPECT_EQ(SMXLTTypeValueToUTF8(&value, 0, text, &size, SMXLT_TYPE_BYTES), kFailed);
 }
 
 TEST(TypedValue, ToText)
@@ -168,41 +160,121 @@ TEST(TypedValue, ToText)
     }
 }
 
-TEST(TypedValue, TextAtItsLimits)
+TEST(TypedValue, LimitsAndBadArguments)
 {
-    char text[400];
+    char text[400] = "1";
     uint32_t size = UINT32_MAX; // a caller who knows the room is there
-    double largest = -DBL_MAX;
-    EXPECT_EQ(SMXLTTypeValueToUTF8(&largest, 8, text, &size, SMXLT_TYPE_DOUBLE), kOk);
+    const double largest = -DBL_MAX;
+    const time_t never = INT64_MAX;
+    const auto toText = [&](const void *value, uint32_t valueSize, uint32_t room, uint32_t type) {
+        return SMXLTTypeValueToUTF8(value, valueSize, text, &(size = room), type);
+    };
+    EXPECT_EQ(SMXLTUTF8ToTypeValue(text, nullptr, &size, 17), kInvalid); // the size word is looked at first
+    EXPECT_EQ(toText(&largest, 8, UINT32_MAX, SMXLT_TYPE_DOUBLE), kOk);
     EXPECT_EQ(size, 315u);
-    time_t never = INT64_MAX;
-    EXPECT_EQ(SMXLTTypeValueToUTF8(&never, 8, text, &(size = 400), SMXLT_TYPE_TIME), kFailed);
+    EXPECT_EQ(toText(&never, 8, 400, SMXLT_TYPE_TIME), kFailed);
     EXPECT_EQ(SMXLTTypeValueToUTF8(&never, 0, nullptr, &(size = 0), SMXLT_TYPE_UTF8), kSmall);
-    EXPECT_EQ(SMXLTTypeValueToUTF8("abcd", 4, text, &(size = 4), SMXLT_TYPE_UTF8), kOk); // no terminator in sight
+    EXPECT_EQ(toText("abcd", 4, 4, SMXLT_TYPE_UTF8), kOk); // no terminator in sight
     EXPECT_EQ(size, 5u);
+    EXPECT_EQ(toText(nullptr, 4, 400, 17), kInvalid);
+    EXPECT_EQ(toText("abcd", 4, 400, 17), kBad);
+    EXPECT_EQ(toText("abcd", 4, 400, SMXLT_TYPE_BYTES | kOctal), kBad);
+    EXPECT_EQ(toText("abcd", 0, 400, SMXLT_TYPE_BYTES), kFailed);
 }
 
-TEST(NetworkAddress, FromText)
+TEST(NetworkAddress, ThereAndBack)
 {
-    const std::tuple<const char *, uint32_t, const char *> cases[] = {
-        {"255.255.255.255", kOk, "255.255.255.255"},
-        {"0xff.0xFF.0Xff.0xff", kOk, "255.255.255.255"},
-        {"4294967295", kFailed, "77.0.0.0"},
-        {"0X10.0.0.1", kFailed, "77.0.0.0"},
-        {"100.020.1x0.00", kOk, "100.20.10.0"},
-        {"1.2", kOk, "1.0.0.2"},
-        {"0x", kFailed, "77.0.0.0"},
-        {"", kFailed, "77.0.0.0"},
+    uint32_t address = 77, size = 16;
+    char text[16];
+    EXPECT_EQ(SMIPAddrASCIIToNetwork("0x", &address), kFailed);
+    EXPECT_EQ(address, 77u);
+    EXPECT_EQ(SMIPAddrASCIIToNetwork("100.020.1x0.255", &address), kOk);
+    EXPECT_EQ(SMIPAddrNetworkToASCII(address, text, &size), kOk);
+    EXPECT_STREQ(text, "100.20.10.255");
+    EXPECT_EQ(size, 14u);
+}
+
+struct Vector {
+    Vector(std::initializer_list<const char *> list) : texts(list.begin(), list.end())
+    {
+        for (std::string &text : texts)
+            pointers.push_back(text.data());
+    }
+
+    std::vector<std::string> texts;
+    std::vector<char *> pointers;
+    const int32_t count = static_cast<int32_t>(texts.size());
+};
+
+TEST(Parameter, NameAndValue)
+{
+    const std::tuple<const char *, const char *, const char *> cases[] = {
+        {"a=b=c", "a", "b=c"},      {"a=", "a", ""},        {"==", nullptr, nullptr}, {"=b", nullptr, nullptr},
+        {"name", nullptr, nullptr}, {"", nullptr, nullptr}, {" =b", " ", "b"},
     };
-    for (const auto &[givenText, status, plain] : cases) {
-        uint32_t address = 77;
-        EXPECT_EQ(SMIPAddrASCIIToNetwork(givenText, &address), status) << givenText;
-        EXPECT_TRUE(status == kOk || address == 77);
-        char text[16] = "";
-        uint32_t size = sizeof text;
-        EXPECT_EQ(SMIPAddrNetworkToASCII(address, text, &size), kOk);
-        EXPECT_STREQ(text, plain);
-        EXPECT_EQ(size, std::strlen(plain) + 1);
+    for (const auto &[givenText, givenName, givenValue] : cases) {
+        std::string text = givenText;
+        const char *value = SMNVPGetUTF8ParamValue(text.data());
+        EXPECT_EQ(SMIsValidParam(text.c_str()), givenName != nullptr ? 1u : 0u) << givenText;
+        EXPECT_STREQ(value, givenValue);
+        EXPECT_STREQ(SMNVPGetUTF8ParamName(text.data()), givenName);
+        EXPECT_STREQ(value, givenValue); // still there
+        EXPECT_TRUE(givenName != nullptr || text == givenText);
+    }
+}
+
+TEST(Parameter, SearchByName)
+{
+    const Vector vector = {"", "=x", "alone", "x=1", "x=2", "Long Name=a=b", "empty=", "xy=3", "\xC4=4"};
+    const std::tuple<const char *, int16_t, int32_t> cases[] = {
+        {"x", 0, 3},           {"X", 0, -1},    {"X", 1, 3},      {"X", 2, -1},     {"xy", 0, 7},
+        {"", 0, -1},           {"=", 0, -1},    {"alone", 0, -1}, {"x=2", 0, 3},    {"LONG NAME=", 1, 5},
+        {"Long Name=a", 0, 5}, {"Long", 0, -1}, {"=x", 0, -1},    {"empty=", 0, 6}, {"\xC4", 1, 8},
+    };
+    for (const auto &[name, ignoreCase, index] : cases) {
+        EXPECT_EQ(SMNVPGetParamIndexByUTF8Name(vector.count, vector.pointers.data(), name, ignoreCase), index) << name;
+        const char *value = SMNVPGetUTF8ParamValueByUTF8Name(vector.count, vector.pointers.data(), name, ignoreCase);
+        EXPECT_EQ(value, index < 0 ? nullptr : SMNVPGetUTF8ParamValue(vector.pointers[index])) << name;
+    }
+    EXPECT_EQ(SMNVPGetParamIndexByUTF8Name(3, vector.pointers.data(), "x", 0), -1);
+}
+
+TEST(Parameter, TypedValue)
+{
+    const Vector vector = {"wide=65536", "empty="};
+    const auto read = [&](const char *name, void *value, uint32_t type) {
+        uint32_t size = 8;
+        return SMNVPUTF8ToTypeValue(vector.count, vector.pointers.data(), name, 1, value, &size, type);
+    };
+    char text[8] = "#";
+    EXPECT_EQ(read("WIDE", text, SMXLT_TYPE_UINT16), SM_STATUS_VALUE_TOO_LARGE);
+    EXPECT_EQ(read("absent", text, SMXLT_TYPE_UINT16), SM_STATUS_NOT_FOUND);
+    EXPECT_EQ(read("wide", nullptr, SMXLT_TYPE_UINT32), SM_STATUS_INVALID_PARAMETER);
+    EXPECT_EQ(read("empty", text, SMXLT_TYPE_UTF8), SM_STATUS_OK); // there, if empty
+    EXPECT_STREQ(text, "");
+}
+
+const SMNVPEnumEntry kTable[] = {{nullptr, 99}, {"none", 1}, {"read", 2}, {"write", 4}, {"READ", 8}, {"a,b", 16}};
+const int32_t kRows = 6;
+
+TEST(ParameterEnum, WordsAndMasks)
+{
+    const Vector none = {"e=none"};
+    for (const auto &[rows, value] : {std::pair{1, 0x80000000u}, {2, 1u}})
+        EXPECT_EQ(SMNVPGetEnums32Value(1, none.pointers.data(), "e", 0, kTable, rows, 0), value);
+    // Where there is a "|", only that splits; a trimmed blank counts as a split.
+    const std::tuple<const char *, uint32_t, uint32_t> cases[] = {
+        {"e=none", 1, 1},       {"e=READ", 2, 2},         {"e=writes", 99, 0},          {"e=", 99, 0},
+        {"e= read", 99, 2},     {"f=read", 1, 1},         {"e= Read | WRITE ", 99, 6},  {"e=read,write|none", 99, 1},
+        {"e=a,b|none", 99, 17}, {"e=read,write ", 99, 0}, {"e=|read||unknown|", 99, 2}, {"e=read,", 99, 2},
+        {"e=,", 99, 0},
+    };
+    for (const auto &[parameter, word, mask] : cases) {
+        const Vector vector = {parameter};
+        for (const uint16_t mode : {uint16_t{0}, uint16_t{1}, uint16_t{2}})
+            EXPECT_EQ(SMNVPGetEnums32Value(1, vector.pointers.data(), "e", 0, kTable, kRows, mode),
+                      mode == 1 ? mask : word)
+                << parameter;
     }
 }
 
