@@ -183,7 +183,7 @@ Outcome Actual(Call call, const Source *source, uint32_t capacity, bool query = 
     char *destination = room.bytes + 0x8000 - outcome.memory.size();
     std::memset(destination, kUntouched, outcome.memory.size());
     outcome.status = call(query ? nullptr : reinterpret_cast<Unit *>(destination), &outcome.size, source);
-    std::memcpy(outcome.memory.data(), destination, outcome.memory.size());
+    std::copy_n(destination, outcome.memory.size(), outcome.memory.begin());
     return outcome;
 }
 
