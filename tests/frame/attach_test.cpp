@@ -56,7 +56,6 @@ TEST(Attach, LastStopDetachesAndAStartAttachesAgain)
         const long detached = LiveBlocks();
         EXPECT_LT(detached, attached);
         EXPECT_EQ(qzvest::SMModuleStop(), 0);
-        EXPECT_EQ(qzvest::SMModuleStop(), 0);
         EXPECT_EQ(LiveBlocks(), detached);
         EXPECT_EQ(qzvest::SMModuleIsDetaching(), 1);
         EXPECT_EQ(qzvest::SMModuleStart(), 1);

@@ -19,30 +19,27 @@ void CheckKeys(const MemoryFile &file, const std::string &expected, uint32_t cut
     uint32_t size = room;
     const uint32_t status = qzvest::PropertyList(file.Rewound(), keys.get(), &size);
     Require(size == need);
-    if (need == 1) {
-        Require(status == SM_STATUS_INI_NO_KEY);
-    } else if (room == need) {
-        Require(status == SM_STATUS_OK && std::memcmp(keys.get(), expected.data(), need) == 0);
-    } else {
-        Require(status == SM_STATUS_BUFFER_TOO_SMALL);
-        uint32_t used = 0; // whole keys, and the end of the list
-        while (used < room && keys[used] != '\0')
-            used += static_cast<uint32_t>(std::strlen(&keys[used])) + 1;
-        Require(room == 0 || (used < room && std::memcmp(keys.get(), expected.data(), used) == 0));
-    }
+    Require(status == (need == 1 ? SM_STATUS_INI_NO_KEY : room == need ? SM_STATUS_OK : SM_STATUS_BUFFER_TOO_SMALL));
+    if (need == 1 || room == 0)
+        return;
+    uint32_t used = 0; // whole keys, and the end of the list
+    while (used < room && keys[used] != '\0')
+        used += static_cast<uint32_t>(std::strlen(&keys[used])) + 1;
+    Require(used < room && std::memcmp(keys.get(), expected.data(), used) == 0);
+    Require(room < need || used == need - 1);
 }
 
 void CheckValue(const MemoryFile &file, const std::string &key, const std::string &expected)
 {
-    uint32_t size = 0;
-    Require(qzvest::PropertyFind(file.Rewound(), key.c_str(), nullptr, &size) == SM_STATUS_BUFFER_TOO_SMALL);
-    Require(size == expected.size() + 1);
-    const std::unique_ptr<char[]> text(new char[size]);
-    Require(qzvest::PropertyFind(file.Rewound(), key.c_str(), text.get(), &size) == SM_STATUS_OK);
-    Require(std::memcmp(text.get(), expected.c_str(), size) == 0);
-    --size;
-    Require(qzvest::PropertyFind(file.Rewound(), key.c_str(), text.get(), &size) == SM_STATUS_BUFFER_TOO_SMALL);
-    Require(size == expected.size() + 1);
+    const auto need = static_cast<uint32_t>(expected.size() + 1);
+    const std::unique_ptr<char[]> text(new char[need]);
+    for (const uint32_t room : {0u, need - 1, need}) {
+        uint32_t size = room;
+        const uint32_t status =
+            qzvest::PropertyFind(file.Rewound(), key.c_str(), room != 0 ? text.get() : nullptr, &size);
+        Require(status == (room < need ? SM_STATUS_BUFFER_TOO_SMALL : SM_STATUS_OK) && size == need);
+    }
+    Require(std::memcmp(text.get(), expected.c_str(), need) == 0);
 }
 
 } // namespace
