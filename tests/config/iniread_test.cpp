@@ -50,36 +50,35 @@ TEST_F(IniRead, TurnsTextsIntoNumbersAndBooleans)
         EXPECT_EQ(SMReadINIPathFileValue("a", "k", row.type, &dest, &size, &fallback, 8, path.c_str(), 1), row.status);
         EXPECT_EQ(dest, expected);
         EXPECT_EQ(size, bytes);
+        EXPECT_EQ(SMReadINIPathFileValue("a", "k", row.type, &dest, &--size, &fallback, 8, path.c_str(), 1),
+                  SM_STATUS_BAD_ARGUMENT);
+        EXPECT_EQ(dest, expected);
     }
 }
 
 TEST_F(IniRead, DefaultsHaveTheSizeOfTheType)
 {
     Put("[a]\nk=1\n");
-    const std::string none = folder + "/none";
-    for (uint32_t type = INI_TYPE_BOOL; type <= INI_TYPE_DOUBLE; ++type) {
-        const uint32_t bytes = BytesOf(type);
-        const struct {
-            const char *key, *file;
-            uint32_t size, defaultSize, status, sizeAfter;
-        } cases[] = {
-            {"k", path.c_str(), bytes - 1, 8, SM_STATUS_BAD_ARGUMENT, bytes - 1},
-            {"x", path.c_str(), 8, bytes - 1, SM_STATUS_INI_NO_KEY, 0}, // too small a default is none
-            {"x", path.c_str(), 8, bytes, SM_STATUS_INI_NO_KEY, bytes},
-            {"x", none.c_str(), 8, 8, SM_STATUS_INI_OPEN_FAILED, bytes},
-            {"k", "", 8, 8, SM_STATUS_BAD_ARGUMENT, bytes},
-        };
-        for (const auto &row : cases) {
-            SCOPED_TRACE(testing::Message() << "type " << type << " row " << &row - cases);
-            const uint64_t fallback = 0x0101010101010101;
-            uint64_t dest = kUntouched, expected = kUntouched;
-            uint32_t size = row.size;
-            memcpy(&expected, &fallback, row.sizeAfter == bytes ? bytes : 0);
-            EXPECT_EQ(SMReadINIPathFileValue("a", row.key, type, &dest, &size, &fallback, row.defaultSize, row.file, 1),
-                      row.status);
-            EXPECT_EQ(size, row.sizeAfter);
-            EXPECT_EQ(dest, expected);
-        }
+    const std::string none = folder + "/none", nowhere;
+    const struct {
+        const std::string &file;
+        uint32_t defaultSize, status, sizeAfter;
+        uint64_t value;
+    } cases[] = {
+        {path, 3, SM_STATUS_INI_NO_KEY, 0, kUntouched}, // too small a default is none
+        {path, 4, SM_STATUS_INI_NO_KEY, 4, 0x5A5A5A5A00000007},
+        {none, 8, SM_STATUS_INI_OPEN_FAILED, 4, 0x5A5A5A5A00000007},
+        {nowhere, 8, SM_STATUS_BAD_ARGUMENT, 4, 0x5A5A5A5A00000007},
+    };
+    for (const auto &row : cases) {
+        const uint64_t fallback = 7;
+        uint64_t dest = kUntouched;
+        uint32_t size = 8;
+        EXPECT_EQ(SMReadINIPathFileValue("a", "x", INI_TYPE_UINT32, &dest, &size, &fallback, row.defaultSize,
+                                         row.file.c_str(), 1),
+                  row.status);
+        EXPECT_EQ(size, row.sizeAfter);
+        EXPECT_EQ(dest, row.value);
     }
 }
 

@@ -64,13 +64,11 @@ TEST_F(IniWrite, WritesTexts)
         {INI_TYPE_UINT32, &kWord, 8, SM_STATUS_OK, "4294967295"},
         {INI_TYPE_UINT32, nullptr, 0, SM_STATUS_INI_BAD_VALUE, ""},
         {INI_TYPE_INT32, &kWord, 4, SM_STATUS_OK, "-1"},
-        {INI_TYPE_INT32, &kWord, 3, SM_STATUS_INI_BAD_VALUE, ""},
         {INI_TYPE_UINT64, &kQuad, 8, SM_STATUS_OK, "9223372036854775808"},
         {INI_TYPE_INT64, &kQuad, 8, SM_STATUS_OK, "-9223372036854775808"},
         {INI_TYPE_DOUBLE, &kTenth, 8, SM_STATUS_OK, "-0.10000000"},
         {INI_TYPE_DOUBLE, &kLargest, 8, SM_STATUS_OK, largest},
         {INI_TYPE_DOUBLE, &kTenth, 7, SM_STATUS_INI_BAD_VALUE, ""},
-        {0, "1", 2, SM_STATUS_BAD_ARGUMENT, ""},
         {10, "1", 2, SM_STATUS_BAD_ARGUMENT, ""},
     };
     for (const auto &row : cases) {
@@ -79,12 +77,11 @@ TEST_F(IniWrite, WritesTexts)
         EXPECT_EQ(SMWriteINIPathFileValue("a", "k", row.type, row.value, row.size, path.c_str(), 1), row.status);
         EXPECT_EQ(Get(), row.status == SM_STATUS_OK ? "[a]\nk=" + row.text + "\n" : before);
     }
-    for (const uint32_t type : {INI_TYPE_UCS2, INI_TYPE_BINARY}) {
-        Put(before);
-        EXPECT_EQ(SMWriteINIPathFileValue("a", nullptr, type, nullptr, 0, path.c_str(), 1), SM_STATUS_BAD_ARGUMENT);
-        EXPECT_EQ(SMWriteINIPathFileValue("a", "k", type, nullptr, 0, path.c_str(), 1), SM_STATUS_OK);
-        EXPECT_EQ(Get(), "[a]\n");
-    }
+    Put(before);
+    EXPECT_EQ(SMWriteINIPathFileValue("a", nullptr, INI_TYPE_UCS2, nullptr, 0, path.c_str(), 1),
+              SM_STATUS_BAD_ARGUMENT);
+    EXPECT_EQ(SMWriteINIPathFileValue("a", "k", INI_TYPE_BINARY, nullptr, 0, path.c_str(), 1), SM_STATUS_OK);
+    EXPECT_EQ(Get(), "[a]\n");
     EXPECT_EQ(SMWriteINIPathFileValue(nullptr, "k", 1, "1", 2, path.c_str(), 1), SM_STATUS_BAD_ARGUMENT);
     EXPECT_EQ(SMWriteINIPathFileValue("a", "k", 1, "1", 2, "", 1), SM_STATUS_BAD_ARGUMENT);
 }
@@ -173,25 +170,6 @@ TEST_F(IniWrite, LeavesTheFileOnAFullOrReadOnlyDisk)
     for (const char *section : {"a", "new"})
         EXPECT_EQ(Set(section, "k", "2"), SM_STATUS_FILE_NOT_FOUND);
     EXPECT_EQ(Text("a", "k"), "1");
-}
-
-// A file straight under "/" has its temporary file in the current directory, here of another file system.
-TEST_F(IniWrite, RestoresAFileWhoseCopyCannotBeRenamed)
-{
-    if (!MountSmall(64))
-        GTEST_SKIP() << "no mount: " << strerror(errno);
-    std::filesystem::create_directories(folder + "/var/run/qz/.ipc");
-    const auto write = [this] {
-        ASSERT_TRUE(chdir("/run") == 0 && chroot(folder.c_str()) == 0);
-        path = "/file.ini";
-        Put("[a]\nk=1\n");
-        EXPECT_EQ(Set("a", "k", "2"), SM_STATUS_ALREADY_EXISTS);
-        EXPECT_EQ(Get(), "(missing)");
-        EXPECT_EQ(Get("/file.ini.bak"), "[a]\nk=1\n");
-        EXPECT_EQ(Text("a", "k"), "1");
-        EXPECT_EQ(Get("/file.ini.bak"), "(missing)");
-    };
-    EXPECT_EXIT((write(), _exit(HasFailure())), testing::ExitedWithCode(0), "");
 }
 
 } // namespace
