@@ -11,7 +11,6 @@
 #include "ipc/mutex.h"
 #include "ipc/namerecord.h"
 #include "os/clock.h"
-#include "support/faults.h"
 
 namespace {
 
@@ -105,24 +104,6 @@ TEST(Mutex, HandlesOfOtherKindsAreRefused)
         std::free(record);
     }
     EXPECT_EQ(qzvest::LocalMutexLock(nullptr, 0), SM_STATUS_FAILED);
-}
-
-TEST(Mutex, FailedAllocationsLeaveNothing)
-{
-    const long blocks = LiveBlocks();
-    int nth = 1;
-    for (;; ++nth) {
-        FailAllocation(nth);
-        const Mutex mutex(SMMutexCreate(nullptr));
-        if (!StopFault()) {
-            EXPECT_NE(mutex, nullptr);
-            break;
-        }
-        EXPECT_EQ(mutex, nullptr) << nth;
-        EXPECT_EQ(LiveBlocks(), blocks) << nth;
-    }
-    EXPECT_EQ(nth, 3) << "the record and the lock itself";
-    EXPECT_EQ(LiveBlocks(), blocks);
 }
 
 TEST(Clock, MillisecondsAreTruncated)
