@@ -3,7 +3,6 @@
 #include <optional>
 
 #include "config/places.h"
-#include "support/sweep.h"
 
 namespace {
 
@@ -55,20 +54,6 @@ TEST(Registration, FileIsChosenOnce)
     EXPECT_EQ(Read("other", "default"), "default"); // one file, never both
     WriteText(kRegistrationFile, "k=new\n");
     EXPECT_EQ(Read("k"), "new");
-}
-
-TEST(Registration, NoMemoryIsNoMissingKey)
-{
-    WriteText(kRegistrationFile, "k=v\n");
-    Reattach();
-    const int faults = SweepAllocations([](int nth) {
-        FailAllocation(nth);
-        char *value = qzvest::SMRegistrationKeyRead("k", "default");
-        const bool failed = StopFault();
-        EXPECT_EQ(Owned(value), failed ? std::nullopt : Text("v"));
-        return failed;
-    });
-    EXPECT_GT(faults, 0);
 }
 
 } // namespace

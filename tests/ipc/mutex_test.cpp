@@ -4,29 +4,8 @@
 #include <qzvest/mutex.h>
 
 #include "os/clock.h"
-#include "support/faults.h"
 
 namespace {
-
-TEST(Mutex, FailedAllocationsLeaveNothing)
-{
-    const long blocks = LiveBlocks();
-    int nth = 1;
-    for (;; ++nth) {
-        FailAllocation(nth);
-        SMMutex *mutex = SMMutexCreate(nullptr);
-        const bool failed = StopFault();
-        SMMutexDestroy(mutex);
-        if (!failed) {
-            EXPECT_NE(mutex, nullptr);
-            break;
-        }
-        EXPECT_EQ(mutex, nullptr) << nth;
-        EXPECT_EQ(LiveBlocks(), blocks) << nth;
-    }
-    EXPECT_EQ(nth, 3) << "the record and the lock itself";
-    EXPECT_EQ(LiveBlocks(), blocks);
-}
 
 TEST(Clock, MillisecondsAreTruncated)
 {
