@@ -35,8 +35,8 @@ SMFileLock *lastRecord;      // found last, and tried before the tree
 struct RecordRelease {
     void operator()(SMFileLock *lock) const
     {
-        if (lock->descriptor != -1)
-            (void)close(lock->descriptor);
+        if (lock->descriptor != -1 && lock->mode == 0)
+            (void)close(lock->descriptor); // of one that is held the end of the process lets go, and nothing sooner
         SMMutexDestroy(lock->mutex);
         std::free(lock->path);
         std::free(lock);

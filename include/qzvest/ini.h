@@ -98,10 +98,13 @@ extern "C" {
  *     destSize being the need; after other failures dest is a list of the names up to there, and destSize is as it was.
  *   - other types: a default is copied, and destSize is its size as used; without one destSize is 0. Not after
  *     SM_STATUS_BAD_ARGUMENT, but for an empty path, nor where binary is too large for dest: destSize is then the bytes
- * of the value. SM_STATUS_OK: delivered. SM_STATUS_BAD_ARGUMENT: unknown type; dest, destSize or path NULL; path empty;
- * destSize below the least; a UCS-2 default whose size is not its text's. SM_STATUS_BUFFER_TOO_SMALL: dest is too
- * small; for types 4 to 9 the value in the file has more than 8192 bytes. SM_STATUS_INI_OPEN_FAILED: the file cannot be
- * opened for reading. SM_STATUS_INI_BAD_SECTION: a malformed header on the way, or the file cannot be read to its end.
+ *     of the value.
+ * SM_STATUS_OK: delivered.
+ * SM_STATUS_BAD_ARGUMENT: unknown type; dest, destSize or path NULL; path empty; destSize below the least; a UCS-2
+ * default whose size is not its text's.
+ * SM_STATUS_BUFFER_TOO_SMALL: dest is too small; for types 4 to 9 the value in the file has more than 8192 bytes.
+ * SM_STATUS_INI_OPEN_FAILED: the file cannot be opened for reading.
+ * SM_STATUS_INI_BAD_SECTION: a malformed header on the way, or the file cannot be read to its end.
  * SM_STATUS_INI_NO_SECTION, SM_STATUS_INI_NO_KEY: not there; for a list, no name at all.
  * SM_STATUS_INI_BAD_VALUE: INI_TYPE_BOOL has another word or none; binary without a byte.
  * SM_STATUS_FAILED: binary of a wrong length or with a group above 255; out of memory in a lookup.
@@ -157,7 +160,7 @@ SM_EXPORT uint32_t SMReadINIEnums32Value(const char *section, const char *key, c
  * SM_STATUS_INI_BAD_VALUE: valueSize is not the value's or is beyond the limits; NULL with a size; NULL for a type that
  * cannot be deleted by; nothing to delete from, since the section or the file is missing.
  * SM_STATUS_FILE_NOT_FOUND: the temporary file, or the file to append to, cannot be opened.
- * SM_STATUS_LIMIT_REACHED: a write failed.
+ * SM_STATUS_LIMIT_REACHED: a write, or a read while copying, failed.
  * SM_STATUS_NOT_ATTACHED: going back to the comments before the next header failed.
  * SM_STATUS_INI_OPEN_FAILED: the file cannot be opened for reading.
  * SM_STATUS_INI_BAD_SECTION: a malformed header in front of the section, or reading failed.

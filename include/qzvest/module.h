@@ -1,8 +1,11 @@
 /* Versions, heap calls and export context.
  *
  * The library attaches when it is loaded and detaches when it is unloaded; a process whose attach fails
- * ends with exit status 1 and a line in the system log. No call here takes a lock, and all may be called
- * from any thread. */
+ * ends with exit status 1 and a line in the system log. Attaching waits while another process has the lock of the
+ * registry of names.
+ * fork: the child of a process of several threads calls nothing of this library, and leaves by _exit or exec: locks that
+ * other threads had stay locked in it, for the detach, too.
+ * No call here takes a lock, and all may be called from any thread. */
 #ifndef QZVEST_MODULE_H
 #define QZVEST_MODULE_H
 

@@ -55,8 +55,8 @@ SM_EXPORT uint32_t SMUCS2GetIPHostName(uint16_t *buffer, uint32_t *size);
  *   buffer  takes the suffix; NULL asks for its size alone
  *   size    in: bytes at buffer; out: bytes of the suffix with its terminator, also when they do not fit
  * Returns SM_STATUS_OK; SM_STATUS_BUFFER_TOO_SMALL (size is too small, whatever buffer is; nothing written); with size
- * as it was SM_STATUS_BAD_ARGUMENT (size NULL), SM_STATUS_NOT_ATTACHED, SM_STATUS_NO_MEMORY, SM_STATUS_FAILED (the name
- *   is not known) */
+ *   as it was SM_STATUS_BAD_ARGUMENT (size NULL), SM_STATUS_NOT_ATTACHED, SM_STATUS_NO_MEMORY, SM_STATUS_FAILED (the
+ *   name is not known) */
 SM_EXPORT uint32_t SMGetDNSSuffixNameName(char *buffer, uint32_t *size);
 
 /* SMInetAddrUTF8ToNetwork - an address of either family from text, as inet_pton (POSIX) reads it.

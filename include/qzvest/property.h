@@ -84,7 +84,7 @@ SM_EXPORT uint32_t SMPropertyFileReadValue(const char *key, uint32_t typeAndForm
  *   SM_STATUS_INVALID_PARAMETER  key, value or pathFileName is NULL
  *   SM_STATUS_NO_MEMORY          as for the read
  *   SM_STATUS_TIMEOUT            the lock is held by another
- *   SM_STATUS_FAILED             no name for the temporary file; reading or copying failed before the new line; the old
+ *   SM_STATUS_FAILED             no name for the temporary file; reading failed, or copying before the new line; the old
  *                                version can't be moved away; the lock file can't be opened
  * and those of SMXLTTypeValueToUTF8. */
 SM_EXPORT uint32_t SMPropertyFileWriteValue(const char *key, uint32_t typeAndFormat, const void *value,

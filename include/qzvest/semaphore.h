@@ -5,9 +5,9 @@
  * the name is kept in a registry in the IPC directory, which the installation of the suite has to make; it stays for
  * good. The set lives until one of its creators destroys it, and outlives a creator that dies without that: the next
  * creator joins it with its count as it stands.
- * Creating and opening give a new name its number. When memory runs out in one of them, a name may lose its number: it
- * gets another one, apart from who has the old one, or none at all (every call with the name then gives NULL) until its
- * line in the registry file is mended.
+ * Creating and opening give a new name its number. When memory or descriptors run out in one of them, or the registry
+ * file cannot be read, a name may lose its number: it gets another one, apart from who has the old one, perhaps that of
+ * another name, or none at all (every call with the name then gives NULL) until its line in the file is mended.
  *
  * For every call with a handle that returns a status, NULL gives SM_STATUS_INVALID_PARAMETER and a handle of another
  * kind SM_STATUS_BAD_FORMAT.

@@ -6,11 +6,13 @@
  * gives it back (1) when that process dies without SMSharedMemFree. Segment, guard and key then stay, and the next
  * SMSharedMemCreate of the name picks the segment up.
  * A handle belongs to the process that made it. Create and Open take the guard's unit for a moment to tell whether
- * the creator lives: two of them at the same time may mistake each other for it. Who wants to be safe from that
- * does both under a named mutex. A process killed in that moment leaves the name as if its creator lived: Create gives
- * NULL until the guard is removed (ipcrm).
- * Create and Open give a new name its key in the registry file, and may take it from a name when memory runs out, as
- * semaphore.h tells.
+ * the creator lives: two of them at the same time may mistake each other for it, and a Create may then wait for as
+ * long as the other's process lives. Who wants to be safe from that does Create, Open and Free under a named mutex.
+ * A process killed within one of the three may leave the name as if its creator lived, or without a guard: Create then
+ * gives NULL, while Open may find the segment, until segment and guard are removed (ipcrm).
+ * The guard is its user's own: for any other user it counts as missing, so that Open finds a segment whose creator has
+ * died, and Create does not take it over.
+ * Create and Open give a new name its key in the registry file, and may take it from a name, as semaphore.h tells.
  * Threads: calls with different handles may run at once. Nothing here locks the bytes of a segment. */
 #ifndef QZVEST_SHAREDMEM_H
 #define QZVEST_SHAREDMEM_H
@@ -36,7 +38,7 @@ SM_EXPORT SMSharedMem *SMSharedMemCreate(const char *name, uint32_t size);
  *   memory (the segment is then removed) or the guard (likewise), and when memory runs out. */
 SM_EXPORT SMSharedMem *SMSharedMemCreate_s(const char *name, uint32_t size, uint32_t accessMask);
 
-/* SMSharedMemOpen - attach the segment of a living creator.
+/* SMSharedMemOpen - attach the segment of a living creator, as far as the guard tells.
  * Returns the handle, which SMSharedMemFree ends, or NULL for a NULL or an empty name, when there is no such segment
  *   or its creator has died, when the system denies it, and when memory runs out. A segment that cannot be attached
  *   is removed, for all. Just before a creator is ready, an open may find the segment or not. */

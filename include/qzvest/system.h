@@ -58,8 +58,8 @@ SM_EXPORT uint32_t SMLongFileNamesDisable(void);
  *   message   a message that makes the line longer than 2047 bytes, or NULL, gives an empty line
  * Returns SM_STATUS_OK, whether or not anybody listens; SM_STATUS_FAILED for any other source, and when memory runs
  * out.
- * Threads: opens and closes the process's one connection to the log, without a lock: the identity of any other user
- * of it is lost, and calls at the same time may take each other's. */
+ * Threads: opens and closes the process's one connection to the log, without a lock: the identity and the options of
+ * any other user of it are lost, and calls at the same time may take each other's. */
 SM_EXPORT uint32_t SMAppendToOSSysLog(uint32_t severity, uint32_t source, uint32_t eventId, const char *identity,
                                       const char *message);
 

@@ -337,7 +337,8 @@ typedef struct SMRWL SMRWL;
 #define SM_WAIT_FOREVER UINT32_C(0xFFFFFFFF) /* a time-out without limit */
 
 /* Access masks of the creators that end in _s: who else may open the object. Any other value has a nibble of rights for
- * each class: others at bit 8, the group at bit 16, the owner at bit 24. */
+ * each class: others at bit 8, the group at bit 16, the owner at bit 24. To open takes reading and writing together, and
+ * the creator's own class needs both, too, or else the object it gets is of no use. */
 #define SM_ACCESS_GROUP UINT32_C(0xFFFFFFFF) /* mode 0664, what the plain creators give */
 #define SM_ACCESS_OWNER UINT32_C(0)          /* mode 0600 */
 enum SMAccessRight {

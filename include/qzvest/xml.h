@@ -66,8 +66,8 @@ SM_EXPORT uint32_t SMXGBufCatEmptyNode(SMXGBuf *buffer, const char *name, const 
  * Returns SM_STATUS_OK, SM_STATUS_INVALID_PARAMETER (buffer NULL), SM_STATUS_NOT_FOUND (value NULL),
  *   SM_STATUS_NO_MEMORY (for the text of a value that is no text), SM_STATUS_BAD_ARGUMENT (the format is none of the
  *   type's, or type is 33 to 35 or 37 to 40), SM_STATUS_FAILED (any other type; UCS-2 text that cannot be converted,
- *   or no memory for it; a NULL pointer at value; no bytes, but
- *   for a dump), or what SMXLTTypeValueToUTF8 returned. */
+ *   or no memory for it; a NULL pointer at value; no bytes, but for a dump), or what
+ *   SMXLTTypeValueToUTF8 returned. */
 SM_EXPORT uint32_t SMXGBufCatNodeValue(SMXGBuf *buffer, const void *value, uint32_t valueSize, uint8_t type,
                                        const SMXGValueOptions *options);
 

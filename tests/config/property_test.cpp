@@ -77,6 +77,9 @@ TEST_F(PropertyFile, WritesTypedValuesInPlaceOfTheOld)
     EXPECT_EQ(Get(), "text=cu\n");
     EXPECT_EQ(Write("text", SMXLT_TYPE_BYTES | SMXLT_FORMAT_HEX, "\n\xFF", 2), SM_STATUS_OK);
     EXPECT_EQ(Get(), "text=0x0A,0xFF\n");
+    EXPECT_EQ(Write("none", "x"), SM_STATUS_OK); // empties the file
+    EXPECT_EQ(Get(), "");
+    EXPECT_EQ(ModeOf(path), 0604u);
 }
 
 TEST_F(PropertyFile, FailedWritesLeaveTheFileAndTheTemporaryOne)
