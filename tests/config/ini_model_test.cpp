@@ -4,6 +4,7 @@
 
 #include "config/ini_fixture.h"
 #include "config/ini_model.h"
+#include "support/soak.h"
 
 namespace {
 
@@ -161,14 +162,15 @@ protected:
         }
     }
 
-    std::mt19937 random_{4711};
+    std::mt19937 random_{SoakSeed(4711)};
     std::string content_;
     bool exists_ = false;
 };
 
 TEST_F(IniModel, AgreesOnOddFilesAndSequencesOfChanges)
 {
-    for (int file = 0; file < kFiles && !HasFatalFailure(); ++file) {
+    const int files = kFiles * SoakFactor();
+    for (int file = 0; file < files && !HasFatalFailure(); ++file) {
         SCOPED_TRACE(file);
         unlink(path.c_str());
         content_ = Content();
@@ -191,6 +193,7 @@ TEST_F(IniModel, AgreesOnOddFilesAndSequencesOfChanges)
         }
         ASSERT_NO_FATAL_FAILURE(CompareReads()) << content_;
     }
+    std::printf("COUNT INI files beside the model: %d files, %d changes\n", files, files * kChangesPerFile);
 }
 
 } // namespace
