@@ -128,8 +128,7 @@ void Check(const std::string &log, const std::string &backup, const Format &form
 
 void Storm()
 {
-    std::filesystem::remove_all(kRoot);
-    std::filesystem::create_directories(kRoot);
+    std::filesystem::remove_all(kRoot + "/log");
     std::vector<pid_t> children;
     for (uint32_t process = 0; process < kProcesses; ++process) {
         const pid_t child = fork();
@@ -153,6 +152,7 @@ void Storm()
 TEST(LogStorm, NoEventIsTornOrTwice)
 {
     std::filesystem::create_directories("/var/run/qz/.ipc");
+    std::filesystem::create_directories(kRoot);
     setenv("gaugeworkinstallpath", kRoot.c_str(), 1);
     uint32_t none = 0;
     ASSERT_EQ(SMGetPathByProductIDandType(35, SM_PATH_LOG, nullptr, &none), SM_STATUS_BUFFER_TOO_SMALL); // is read anew
