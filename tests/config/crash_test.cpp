@@ -15,7 +15,7 @@
 namespace {
 
 const std::string kMissing = "(missing)"; // as the fixture's Get says it
-const std::string kSections = "[one]\na=1\nb=2\n\n[two]\nc=3\n";
+const std::string kSections = "[one]\n;x\na=1\nb=2\n\n[two]\nc=3\n";
 const std::string kProperties = "a=1\nb=2\n";
 constexpr auto kMode = std::filesystem::perms{0664};
 
@@ -31,8 +31,8 @@ struct Change {
 };
 
 const Change kChanges[] = {
-    {"set key", kSections, "[one]\na=new\nb=2\n\n[two]\nc=3\n", "one", "a", "new", {}, {}},
-    {"delete key", kSections, "[one]\na=1\n\n[two]\nc=3\n", "one", "b", nullptr, {}, {}},
+    {"set key", kSections, "[one]\n;x\na=new\nb=2\n\n[two]\nc=3\n", "one", "a", "new", {}, {}},
+    {"delete key", kSections, "[one]\n;x\na=1\n\n[two]\nc=3\n", "one", "b", nullptr, {}, {}},
     {"delete section", kSections, "[two]\nc=3\n", "one", nullptr, nullptr, {}, {}},
     {"append section",
      kSections,
