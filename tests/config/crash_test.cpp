@@ -9,6 +9,7 @@
 #include <cerrno>
 #include <map>
 #include <set>
+#include <utility>
 
 #include "config/ini_fixture.h"
 
@@ -133,16 +134,18 @@ protected:
     void SweepFaults(const Change &change);
     void CheckAfterFault(const Change &change, const Report &report) const;
 
-    void Count(const char *what) const
+    void Add(const std::string &name, int number)
     {
-        std::printf("COUNT %s:%s\n", what, counted_.c_str());
+        total_ += number;
+        parts_ += (parts_.empty() ? "" : ", ") + name + " " + std::to_string(number);
     }
-    void Add(const std::string &name, const std::string &number)
+    void Count(const char *what)
     {
-        counted_ += (counted_.empty() ? " " : ", ") + name + " " + number;
+        std::printf("COUNT %s: %d (%s)\n", what, std::exchange(total_, 0), std::exchange(parts_, "").c_str());
     }
 
-    std::string counted_;
+    int total_ = 0;
+    std::string parts_;
 };
 
 void Crash::CheckAfterKill(const Change &change, std::set<std::string> &states) const
@@ -180,7 +183,7 @@ void Crash::SweepKills(const Change &change)
         if (!outcome.reached) {
             EXPECT_EQ(outcome.exitCode, 0);
             EXPECT_EQ(Get(), change.changed);
-            Add(change.name, std::to_string(nth - 1));
+            Add(change.name, nth - 1);
             break;
         }
         SCOPED_TRACE(change.name + ", killed at call " + std::to_string(nth) + ", number " +
@@ -264,7 +267,7 @@ void Crash::SweepFaults(const Change &change)
             ++faults;
         }
     }
-    Add(change.name, std::to_string(faults));
+    Add(change.name, faults);
     EXPECT_GE(statuses.size(), 4u); // the calls that matter were among them
 }
 
@@ -272,7 +275,7 @@ TEST_F(Crash, LeavesTheOldOrTheNew)
 {
     for (const Change &change : kChanges)
         SweepKills(change);
-    Count("kills at each system call");
+    Count("kills in INI and property writes");
 }
 
 // A value, or a list of keys, that goes beyond what is read at once.
@@ -319,7 +322,7 @@ TEST_F(Crash, FaultsAreTold)
 {
     for (const Change &change : kChanges)
         SweepFaults(change);
-    Count("failing system calls");
+    Count("failing calls in INI and property writes");
 }
 
 // ---- The key registry and the logs ----
@@ -470,15 +473,17 @@ TEST_F(Writers, LoseNothingOfWhatWasThere)
     old_["rotated"] = "grown";
     old_[kOlder] = "earlier";
     registry_ = Get(kRegistry);
-    for (const Writer &writer : kWriters) {
-        int kills = 0, faults = 0;
-        for (const int error : {0, ENOSPC, EIO, EMFILE, EACCES, EINTR}) {
-            sweptError = error;
-            (error == 0 ? kills : faults) += HasFailure() ? 0 : Sweep(writer);
+    for (const std::vector<int> &errors : {std::vector{0}, {ENOSPC, EIO, EMFILE, EACCES, EINTR}}) {
+        for (const Writer &writer : kWriters) {
+            int calls = 0;
+            for (const int error : errors) {
+                sweptError = error;
+                calls += HasFailure() ? 0 : Sweep(writer);
+            }
+            Add(writer.name, calls);
         }
-        Add(writer.name, std::to_string(kills) + " and " + std::to_string(faults));
+        Count(sweptError == 0 ? "kills in uses of names and logs" : "failing calls in uses of names and logs");
     }
-    Count("kills and failing calls");
 }
 
 } // namespace
