@@ -332,11 +332,6 @@ const std::string kLogs = "/run/store/log/";
 const std::string kXML = "x.xml", kOlder = "rotated.1", kTag = "</EventLog>";
 int sweptError; // 0: kills
 
-uint32_t MakeName()
-{
-    return SMSemaphoreCreate("new", 0) != nullptr ? SM_STATUS_OK : SM_STATUS_FAILED;
-}
-
 // Old names have a unit each, new ones none: nobody gets another one's set. A new name whose calls failed may have no
 // number, or, when the registry did not open, that of the first.
 uint32_t UseNames()
@@ -358,10 +353,6 @@ uint32_t AppendText()
 {
     return SMAppendToLog(SM_LOG_TEXT, SM_LOG_TYPE_ERROR, SM_LOG_VOLUME_SERVICE, 5, "who", "text", nullptr, 0);
 }
-uint32_t ClearText()
-{
-    return SMClearLog(SM_LOG_TEXT, SM_LOG_VOLUME_SERVICE, "who");
-}
 template <uint32_t kLimit = 0x100000>
 uint32_t AppendXML()
 {
@@ -370,7 +361,7 @@ uint32_t AppendXML()
 }
 uint32_t Rotate()
 {
-    return SMFileLogMsgToRotatedLog("m", (kLogs + "rotated").c_str(), 4, 2, 0);
+    return SMFileLogMsgToRotatedLog("m", "/run/store/log/rotated", 4, 2, 0);
 }
 
 const struct Writer {
@@ -379,9 +370,9 @@ const struct Writer {
     uint32_t (*next)(); // of another process, afterwards
     std::string drops, dropsByFault;
 } kWriters[] = {
-    {"new name", MakeName, UseNames, "", ""},
+    {"new name", [] { return SMSemaphoreCreate("new", 0) != nullptr ? 0u : 1u; }, UseNames, "", ""},
     {"text log", AppendText, AppendText, "", ""},
-    {"text log cleared", ClearText, AppendText, "qzsys64.log", "qzsys64.log"},
+    {"text log cleared", [] { return SMClearLog(SM_LOG_TEXT, 3, "who"); }, AppendText, "qzsys64.log", ""},
     {"XML log", AppendXML, AppendXML, "", kXML}, // that does not open, and begins anew
     {"XML log backed up", AppendXML<1>, AppendXML, "", kXML},
     {"rotated log", Rotate, Rotate, "", kOlder}, // that was not renamed, and is replaced

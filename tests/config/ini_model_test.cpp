@@ -162,14 +162,14 @@ protected:
         }
     }
 
-    std::mt19937 random_{SoakSeed(4711)};
+    std::mt19937 random_{static_cast<unsigned>(FromEnvironment("QZVEST_SEED", 4711))};
     std::string content_;
     bool exists_ = false;
 };
 
 TEST_F(IniModel, AgreesOnOddFilesAndSequencesOfChanges)
 {
-    const int files = kFiles * SoakFactor();
+    const int files = kFiles * FromEnvironment("QZVEST_SOAK", 1);
     for (int file = 0; file < files && !HasFatalFailure(); ++file) {
         SCOPED_TRACE(file);
         unlink(path.c_str());

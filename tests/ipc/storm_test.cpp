@@ -33,6 +33,8 @@ constexpr bool kSlow = true;
 constexpr bool kSlow = false;
 #endif
 
+const int kSoak = FromEnvironment("QZVEST_SOAK", 1);
+
 // What is changed by plain loads and stores under a lock is atomic only to keep its order in front of a kill.
 using Number = std::atomic<int>;
 
@@ -46,7 +48,7 @@ protected:
         // The set number 0 is no set to those that meet on it: what happens then is not the matter here.
         SMSemaphoreDestroy(SMSemaphoreCreate("first", 0));
         std::filesystem::remove(kFolder + "/.lxvestIPCini");
-        alarm(180 * static_cast<unsigned>(SoakFactor()));
+        alarm(180 * static_cast<unsigned>(kSoak));
     }
     // Nobody outlives the parent, which the alarm ends when something hangs.
     static pid_t Fork()
@@ -161,8 +163,8 @@ TEST_F(Storm, EveryNameGetsOneKeyAndOneSet)
 constexpr int kWorkers = 6;
 constexpr int kThreads = 3;
 constexpr int kMostKills = 200;
-const int kKills = std::min((kSlow ? 8 : 50) * SoakFactor(), kMostKills);
-const int kOperations = (kSlow ? 4000 : 60000) * SoakFactor(); // a multiple of the kills, so that there are no more
+const int kKills = std::min((kSlow ? 8 : 50) * kSoak, kMostKills);
+const int kOperations = (kSlow ? 4000 : 60000) * kSoak; // a multiple of the kills, so that there are no more
 constexpr int kSlots = kWorkers + kMostKills;
 constexpr unsigned char kTimeToKill = 255; // in place of a slot
 constexpr uint32_t kMemorySize = 4096;

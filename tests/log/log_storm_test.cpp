@@ -156,7 +156,7 @@ TEST(LogStorm, NoEventIsTornOrTwice)
     setenv("gaugeworkinstallpath", kRoot.c_str(), 1);
     uint32_t none = 0;
     ASSERT_EQ(SMGetPathByProductIDandType(35, SM_PATH_LOG, nullptr, &none), SM_STATUS_BUFFER_TOO_SMALL); // is read anew
-    const auto rounds = static_cast<uint32_t>(SoakFactor());
+    const auto rounds = static_cast<uint32_t>(FromEnvironment("QZVEST_SOAK", 1));
     for (uint32_t round = 0; round < rounds && !HasFailure(); ++round)
         Storm();
     std::printf("COUNT storm on logs: %u processes, %u events in each of two logs\n", rounds * kProcesses,

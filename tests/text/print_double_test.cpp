@@ -24,7 +24,7 @@ constexpr int kRounds = 1000000;
 
 uint64_t Random()
 {
-    static std::mt19937_64 engine(SoakSeed(50));
+    static std::mt19937_64 engine(static_cast<unsigned>(FromEnvironment("QZVEST_SEED", 50)));
     return engine();
 }
 
@@ -137,7 +137,7 @@ void Compare(const Field &field, double value)
 
 TEST(PrintDouble, AgreesWithTheCLibrary)
 {
-    const int rounds = kRounds * SoakFactor();
+    const int rounds = kRounds * FromEnvironment("QZVEST_SOAK", 1);
     for (int i = 0; i < rounds && !HasFailure(); ++i)
         Compare(SomeField(), SomeDouble(i % 6));
     std::printf("COUNT prints beside the C library: %d doubles\n", rounds);
