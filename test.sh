@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
-# Installs what is missing, builds the library in release and with sanitizers, runs all tests in each, and the
-# static checks. The last line is "N passed, N failed", with ", N skipped" where the machine forbids something.
-# What each step says stands in build/logs/. Lines that begin with COUNT say how much the tests did.
+# test.sh [full] - installs what is missing, builds the library in release and with sanitizers, runs all tests in each,
+# and the static checks; in full, it also installs the Debian packages in a bare system, which is downloaded. The last
+# line is "N passed, N failed", with ", N skipped" where the machine forbids something. What each step says stands in
+# build/logs/. Lines that begin with COUNT say how much the tests did.
 # shellcheck disable=SC2317 # functions are called by check
 set -uo pipefail
 cd "$(dirname "$0")" || exit 1
@@ -15,9 +16,11 @@ export ASAN_OPTIONS=detect_leaks=1:detect_stack_use_after_return=1 UBSAN_OPTIONS
 mkdir -p "$logs"
 
 needs=(cmake:cmake ninja:ninja-build gcc:gcc g++:g++ nm:binutils /usr/include/stdio.h:libc6-dev
-    clang-tidy:clang-tidy clang-format:clang-format pkg-config:pkg-config valgrind:valgrind doxygen:doxygen
+    clang-tidy:clang-tidy clang-format:clang-format pkg-config:pkg-config valgrind:valgrind doxygen:doxygen ip:iproute2
     /usr/include/gtest/gtest.h:libgtest-dev /usr/include/zlib.h:zlib1g-dev
-    /usr/include/libxml2/libxml/parser.h:libxml2-dev)
+    /usr/include/libxml2/libxml/parser.h:libxml2-dev abidiff:abigail-tools
+    dh:debhelper /usr/share/doc/build-essential:build-essential)
+[ "${1-}" != full ] || needs+=(/usr/sbin/debootstrap:debootstrap)
 
 finish() {
     local line="$passed passed, $failed failed"
@@ -27,7 +30,7 @@ finish() {
 }
 
 check() { # check NAME COMMAND...: one passed, one failed, or one skipped if the command's status is 77
-    local name=$1 log=$logs/${1// /-}.log start=$SECONDS status=0
+    local name=$1 log=$logs/${1// /-}.log start=$SECONDS status=0 said
     shift
     "$@" >"$log" 2>&1 </dev/null || status=$?
     if [ $status = 0 ]; then
@@ -35,7 +38,8 @@ check() { # check NAME COMMAND...: one passed, one failed, or one skipped if the
         echo "ok      $name ($((SECONDS - start)) s)"
     elif [ $status = 77 ]; then
         skipped=$((skipped + 1))
-        echo "skipped $name: $(tail -n 1 "$log")"
+        said=$(tail -n 1 "$log")
+        echo "skipped $name: ${said#skipped: }"
     else
         failed=$((failed + 1))
         echo "FAILED  $name ($((SECONDS - start)) s)"
@@ -132,7 +136,9 @@ check "headers" scripts/check-headers
 check "includes" scripts/check-includes
 check "docs" docs
 check "formats" scripts/check-formats build/release
-check "install" tests/install/install_test.sh build/installed
+check "interface" scripts/check-abi build/release/libqzvest.so
+check "install" tests/install/install_test.sh build/release build/installed
+check "Debian packages" scripts/check-package contents
 check "format" format
 check "clang-tidy" tidy
 [ ! -x build/release/examples/service ] || check "demo in valgrind" demo_in_valgrind
@@ -146,4 +152,5 @@ if [ "$(cat /proc/sys/vm/mmap_rnd_bits 2>/dev/null || echo 0)" -gt 28 ] && setar
 fi
 build_and_test tsan
 
+[ "${1-}" != full ] || check "bare Debian" scripts/check-package
 finish

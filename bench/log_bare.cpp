@@ -73,13 +73,20 @@ void BareWrite(int file, std::string_view text)
 }
 
 template <bool kMin>
-void BareText(const Log &log)
+mode_t BareBegin(const Log &log)
 {
     if (!kMin)
         BareDirectory(log);
     const mode_t mode = BarePrepare(log);
     if (!kMin)
         BareSize(log);
+    return mode;
+}
+
+template <bool kMin>
+void BareText(const Log &log)
+{
+    const mode_t mode = BareBegin<kMin>(log);
     UnderBareLock(log, [&] {
         const int file = open(log.path.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, mode);
         Need(fchmod(file, mode) == 0 && lseek(file, 0, SEEK_END) >= 0);
@@ -92,11 +99,7 @@ void BareText(const Log &log)
 template <bool kMin>
 void BareXML(const Log &log)
 {
-    if (!kMin)
-        BareDirectory(log);
-    const mode_t mode = BarePrepare(log);
-    if (!kMin)
-        BareSize(log);
+    const mode_t mode = BareBegin<kMin>(log);
     UnderBareLock(log, [&] {
         char block[4096];
         const int file = open(log.path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, mode);

@@ -42,14 +42,16 @@ bool LineReader::Open(int descriptor, uint32_t limit)
     return block_ != nullptr;
 }
 
-// Moves what is left to the front and reads on behind it. False at the end of the file.
+// Reads on behind what is there; in a full block what is left is moved to the front. False at the end of the file.
 bool LineReader::Fill()
 {
     if (atEnd_)
         return false;
-    end_ -= begin_;
-    std::memmove(block_.get(), block_.get() + begin_, end_);
-    begin_ = 0;
+    if (end_ == kBlock) {
+        end_ -= begin_;
+        std::memmove(block_.get(), block_.get() + begin_, end_);
+        begin_ = 0;
+    }
     ssize_t got;
     do
         got = read(descriptor_, block_.get() + end_, kBlock - end_);
@@ -59,6 +61,17 @@ bool LineReader::Fill()
     if (!atEnd_)
         end_ += static_cast<uint32_t>(got);
     return !atEnd_;
+}
+
+void LineReader::Rewind()
+{
+    if (place_ != begin_ || failed_) { // the block does not begin with the file any more
+        end_ = 0;
+        failed_ = lseek(descriptor_, 0, SEEK_SET) != 0;
+        atEnd_ = failed_;
+    }
+    begin_ = 0;
+    place_ = 0;
 }
 
 bool LineReader::Next(Line &line)

@@ -36,6 +36,9 @@ public:
     // looked at one by one.
     bool NextWith(char first, Line &line);
 
+    // Back to the first line. Of a file that fits a block nothing is read again.
+    void Rewind();
+
     bool Failed() const
     {
         return failed_;

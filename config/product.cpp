@@ -86,12 +86,12 @@ void StripSlash(char *path)
         path[length - 1] = '\0';
 }
 
-uint32_t ReadKey(const char *shortId, const char *word, char (&path)[kPathRoom])
+uint32_t ReadKey(RegistrationFile &file, const char *shortId, const char *word, char (&path)[kPathRoom])
 {
     char key[kPathRoom];
     (void)sprintf_s(key, sizeof key, "%s.%s", shortId, word); // the longest of the table's are far from the bound
     HeapPtr<char> value;
-    if (const uint32_t status = RegistrationKeyRead(key, value); status != SM_STATUS_OK)
+    if (const uint32_t status = file.Read(key, value); status != SM_STATUS_OK)
         return status;
     if (strcpy_s(path, sizeof path, value.get()) != 0)
         return SM_STATUS_BUFFER_TOO_SMALL;
@@ -109,14 +109,14 @@ void CutToParent(char *path)
 }
 
 // What SM_PRODUCT_ANY takes for any path that has no key of its own.
-uint32_t ReadFallback(char (&path)[kPathRoom])
+uint32_t ReadFallback(RegistrationFile &file, char (&path)[kPathRoom])
 {
     const struct {
         const char *shortId;
         bool isSibling;
     } kChain[] = {{"hmrq", false}, {"VKRecordBroker", true}, {"Gaugework", true}};
     for (const auto &link : kChain) {
-        const uint32_t status = ReadKey(link.shortId, kPathKinds[kInstall].word, path);
+        const uint32_t status = ReadKey(file, link.shortId, kPathKinds[kInstall].word, path);
         if (status == SM_STATUS_NO_MEMORY)
             return status;
         if (status != SM_STATUS_OK)
@@ -129,15 +129,15 @@ uint32_t ReadFallback(char (&path)[kPathRoom])
     return SM_STATUS_OK;
 }
 
-uint32_t ReadPath(const Product &product, const char *word, char (&path)[kPathRoom])
+uint32_t ReadPath(RegistrationFile &file, const Product &product, const char *word, char (&path)[kPathRoom])
 {
-    const uint32_t status = ReadKey(product.shortId, word, path);
+    const uint32_t status = ReadKey(file, product.shortId, word, path);
     const bool isFinal = status == SM_STATUS_OK || status == SM_STATUS_NO_MEMORY || product.number != SM_PRODUCT_ANY;
-    return isFinal ? status : ReadFallback(path);
+    return isFinal ? status : ReadFallback(file, path);
 }
 
 // The environment goes before the file, and its value is taken as it is.
-uint32_t ReadInstallPath(const Product &product, char (&path)[kPathRoom])
+uint32_t ReadInstallPath(RegistrationFile &file, const Product &product, char (&path)[kPathRoom])
 {
     char name[kPathRoom];
     (void)sprintf_s(name, sizeof name, "%sinstallpath", product.shortId);
@@ -147,16 +147,16 @@ uint32_t ReadInstallPath(const Product &product, char (&path)[kPathRoom])
         if (getenv_s(nullptr, path, sizeof path, name) == 0 && *path != '\0')
             return SM_STATUS_OK;
     }
-    return ReadPath(product, kPathKinds[kInstall].word, path);
+    return ReadPath(file, product, kPathKinds[kInstall].word, path);
 }
 
 // False when memory runs out; what the row has by then stays in it.
-bool FillRow(const Product &product, ProductRow &row)
+bool FillRow(RegistrationFile &file, const Product &product, ProductRow &row)
 {
     for (size_t kind = 0; kind < kPathKindCount; ++kind) {
         char path[kPathRoom];
-        const uint32_t status =
-            kind == kInstall ? ReadInstallPath(product, path) : ReadPath(product, kPathKinds[kind].word, path);
+        const uint32_t status = kind == kInstall ? ReadInstallPath(file, product, path)
+                                                 : ReadPath(file, product, kPathKinds[kind].word, path);
         if (status == SM_STATUS_NO_MEMORY)
             return false;
         const char *text = status == SM_STATUS_OK ? path : row.texts[kInstall];
@@ -174,8 +174,9 @@ TablePtr BuildTable()
     TablePtr rows(static_cast<ProductRow *>(std::calloc(kProductCount, sizeof(ProductRow))));
     if (!rows)
         return nullptr;
+    RegistrationFile file;
     for (size_t product = 0; product < kProductCount; ++product) {
-        if (!FillRow(kProducts[product], rows.get()[product]))
+        if (!FillRow(file, kProducts[product], rows.get()[product]))
             return nullptr;
     }
     return rows;

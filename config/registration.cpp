@@ -7,7 +7,6 @@
 #include <cstring>
 #include <string_view>
 
-#include "config/linereader.h"
 #include "text/utf8.h"
 
 namespace qzvest {
@@ -55,18 +54,9 @@ uint32_t CopyText(std::string_view text, HeapPtr<char> &copy)
     return SM_STATUS_OK;
 }
 
-uint32_t KeyOfDescriptor(int descriptor, const char *key, HeapPtr<char> &value)
+int OpenToRead(const char *path)
 {
-    LineReader reader;
-    if (!reader.Open(descriptor, kReadLimit))
-        return SM_STATUS_NO_MEMORY;
-    Line line;
-    std::string_view found;
-    while (reader.Next(line)) {
-        if (ValueOfLine(line, key, found))
-            return CopyText(found, value);
-    }
-    return SM_STATUS_NOT_FOUND;
+    return path != nullptr ? open(path, O_RDONLY | O_CLOEXEC) : -1;
 }
 
 } // namespace
@@ -88,25 +78,31 @@ void RegistrationDetach()
     chosen = nullptr;
 }
 
-uint32_t RegistrationFileKeyRead(const char *path, const char *key, HeapPtr<char> &value)
+RegistrationFile::RegistrationFile(const char *path)
+    : file_(OpenToRead(path != nullptr ? path : chosen)), ready_(file_ && lines_.Open(file_.Get(), kReadLimit))
 {
-    const int descriptor = open(path, O_RDONLY | O_CLOEXEC);
-    if (descriptor < 0)
-        return SM_STATUS_NOT_FOUND;
-    const uint32_t status = KeyOfDescriptor(descriptor, key, value);
-    (void)close(descriptor); // was only read
-    return status;
 }
 
-uint32_t RegistrationKeyRead(const char *key, HeapPtr<char> &value)
+uint32_t RegistrationFile::Read(const char *key, HeapPtr<char> &value)
 {
-    return chosen != nullptr ? RegistrationFileKeyRead(chosen, key, value) : SM_STATUS_NOT_FOUND;
+    if (!file_)
+        return SM_STATUS_NOT_FOUND;
+    if (!ready_)
+        return SM_STATUS_NO_MEMORY;
+    lines_.Rewind();
+    Line line;
+    std::string_view found;
+    while (lines_.Next(line)) {
+        if (ValueOfLine(line, key, found))
+            return CopyText(found, value);
+    }
+    return SM_STATUS_NOT_FOUND;
 }
 
 char *SMRegistrationKeyRead(const char *key, const char *defaultText)
 {
     HeapPtr<char> value;
-    if (RegistrationKeyRead(key, value) == SM_STATUS_NOT_FOUND)
+    if (RegistrationFile().Read(key, value) == SM_STATUS_NOT_FOUND)
         return SMUTF8Strdup(defaultText);
     return value.release();
 }

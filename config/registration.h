@@ -4,7 +4,9 @@
 
 #include <qzvest/status.h>
 
+#include "config/linereader.h"
 #include "frame/heap.h"
+#include "os/descriptor.h"
 
 namespace qzvest {
 
@@ -12,15 +14,23 @@ namespace qzvest {
 int RegistrationAttach();
 void RegistrationDetach();
 
+// A registration file held open, for reads of several keys.
+class RegistrationFile {
+public:
+    // NULL stands for the one chosen. A file that cannot be opened has no keys.
+    explicit RegistrationFile(const char *path = nullptr);
+
+    // SM_STATUS_OK and a copy of the key's value, SM_STATUS_NOT_FOUND, SM_STATUS_NO_MEMORY.
+    uint32_t Read(const char *key, HeapPtr<char> &value);
+
+private:
+    Descriptor file_;
+    LineReader lines_;
+    bool ready_;
+};
+
 // A heap copy of the key's value, or else of defaultText; NULL where that is NULL, and when memory runs out.
 char *SMRegistrationKeyRead(const char *key, const char *defaultText);
-
-// The same for whoever must tell a key that is missing from a lack of memory: SM_STATUS_OK and the value,
-// SM_STATUS_NOT_FOUND, SM_STATUS_NO_MEMORY.
-uint32_t RegistrationKeyRead(const char *key, HeapPtr<char> &value);
-
-// The same on a file of the caller's choice.
-uint32_t RegistrationFileKeyRead(const char *path, const char *key, HeapPtr<char> &value);
 
 } // namespace qzvest
 

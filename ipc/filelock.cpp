@@ -9,6 +9,7 @@
 #include "containers/redblacktree.h"
 #include "ipc/mutex.h"
 #include "ipc/names.h"
+#include "os/descriptor.h"
 #include "os/file.h"
 #include "text/utf8.h"
 
@@ -26,7 +27,6 @@ namespace {
 
 constexpr mode_t kOwnerOnly = 0600;
 constexpr mode_t kUnknownFile = 0644; // taken for the mode of a file that cannot be examined
-constexpr useconds_t kPollMicroseconds = 1000;
 
 SMMutex *registryMutex;
 SMRedBlackTree registryTree; // of SMFileLock, by path
@@ -72,25 +72,13 @@ bool EnsureLockFile(const char *lockFile)
 {
     if (access(lockFile, F_OK) == 0)
         return true;
-    const int descriptor = open(lockFile, O_RDONLY | O_CREAT | O_CLOEXEC, kOwnerOnly);
-    if (descriptor == -1)
-        return false;
-    (void)close(descriptor);
-    return true;
-}
-
-bool SetLock(int descriptor, short type, bool wait)
-{
-    struct flock range = {};
-    range.l_type = type;
-    range.l_whence = SEEK_SET; // from 0, of length 0: the whole file
-    return fcntl(descriptor, wait ? F_SETLKW : F_SETLK, &range) == 0;
+    return static_cast<bool>(Descriptor(open(lockFile, O_RDONLY | O_CREAT | O_CLOEXEC, kOwnerOnly)));
 }
 
 // Without waiting there is one try. A wait goes on after whatever may pass.
 uint32_t WaitForLock(int descriptor, short type, bool forever)
 {
-    while (!SetLock(descriptor, type, forever)) {
+    while (!SetWholeFileLock(descriptor, type, forever ? F_SETLKW : F_SETLK)) {
         switch (errno) {
         case EINTR:
         case EDEADLK:
@@ -99,7 +87,7 @@ uint32_t WaitForLock(int descriptor, short type, bool forever)
         case EAGAIN:
             if (!forever)
                 return SM_STATUS_TIMEOUT;
-            (void)usleep(kPollMicroseconds);
+            (void)usleep(kLockPollMicroseconds);
             continue;
         default:
             return SM_STATUS_FAILED;
@@ -132,7 +120,7 @@ uint32_t LockFile(SMFileLock *lock, int32_t mode, bool forever)
 
 void UnlockFile(SMFileLock *lock)
 {
-    while (!SetLock(lock->descriptor, F_UNLCK, true) && errno == EINTR) {
+    while (!SetWholeFileLock(lock->descriptor, F_UNLCK, F_SETLKW) && errno == EINTR) {
     }
     (void)close(lock->descriptor);
     lock->descriptor = -1;

@@ -9,6 +9,7 @@
 
 #include "ipc/names.h"
 #include "os/clock.h"
+#include "os/descriptor.h"
 
 struct SMMutex {
     qzvest::IPCNameRecord head; // the object name of a named mutex is the path of its file
@@ -27,7 +28,6 @@ static_assert(offsetof(SMMutex, descriptor) == 16 && offsetof(SMMutex, localMute
 static_assert(offsetof(SMMutex, lockType) == 32);
 
 constexpr uint32_t kEveryoneOfTheGroup = 0xFFFFFFFF;
-constexpr useconds_t kPollMicroseconds = 1000;
 constexpr mode_t kOwnerOnly = 0600;
 
 bool IsNamed(const SMMutex *mutex)
@@ -56,14 +56,6 @@ bool OpenFile(SMMutex *mutex, bool create, mode_t mode)
     return true;
 }
 
-bool SetFileLock(int descriptor, short type, int command)
-{
-    struct flock range = {};
-    range.l_type = type;
-    range.l_whence = SEEK_SET; // from 0, of length 0: the whole file
-    return fcntl(descriptor, command, &range) == 0;
-}
-
 // Here the time-out is signed, where the local lock takes it for unsigned: from 0x80000000 on the first busy answer
 // ends the wait.
 uint32_t LockFile(SMMutex *mutex, int32_t timeoutMs)
@@ -73,7 +65,7 @@ uint32_t LockFile(SMMutex *mutex, int32_t timeoutMs)
     const int command = timeoutMs == -1 ? F_SETLKW : F_SETLK;
     timespec start = {};
     bool busy = false;
-    while (!SetFileLock(descriptor, type, command)) {
+    while (!SetWholeFileLock(descriptor, type, command)) {
         switch (errno) {
         case EINTR:
         case EDEADLK:
@@ -85,7 +77,7 @@ uint32_t LockFile(SMMutex *mutex, int32_t timeoutMs)
             busy = true;
             if (MillisecondsSince(start) >= timeoutMs)
                 return SM_STATUS_TIMEOUT;
-            (void)usleep(kPollMicroseconds);
+            (void)usleep(kLockPollMicroseconds);
             continue;
         case EBADF:
             // Somebody closed it. What is opened serves later calls; this one goes on with what it began with, until
@@ -116,7 +108,7 @@ uint32_t LockFile(SMMutex *mutex, int32_t timeoutMs)
 
 [[gnu::noinline]] void UnlockNamed(const SMMutex *mutex)
 {
-    while (!SetFileLock(static_cast<int>(mutex->descriptor.file), F_UNLCK, F_SETLKW) && errno == EINTR) {
+    while (!SetWholeFileLock(static_cast<int>(mutex->descriptor.file), F_UNLCK, F_SETLKW) && errno == EINTR) {
     }
     (void)pthread_mutex_unlock(mutex->localMutex);
 }

@@ -20,7 +20,7 @@ char *registryLockPath;
 int SMIPCPathsInit()
 {
     HeapPtr<char> dataPath;
-    const uint32_t status = RegistrationKeyRead(kDataPathKey, dataPath);
+    const uint32_t status = RegistrationFile().Read(kDataPathKey, dataPath);
     if (status == SM_STATUS_NO_MEMORY)
         return 0; // the default would lead away from where the other processes meet
     directory = UTF8Joined(dataPath ? dataPath.get() : kDefaultDataPath, "/", ".ipc");

@@ -203,6 +203,7 @@ uint32_t ReadAddresses6(FILE *file, int socket, Addresses6 &addresses)
     char device[16];
     unsigned index, prefix, scope, state;
     uint32_t status = SM_STATUS_OK;
+    // Settled: two digits for an index, where the kernel writes more above 255, so that the fields shift from there on.
     while (std::fscanf(file, "%32s %2x %2x %2x %2x %15s\n", digits, &index, &prefix, &scope, &state, device) == 6) {
         short flags;
         if (FlagsOf(socket, device, flags) && (flags & (IFF_LOOPBACK | IFF_NOARP)) != 0)

@@ -1,7 +1,8 @@
-// A file descriptor that closes itself.
+// A file descriptor that closes itself, and the lock on a whole file.
 #ifndef OS_DESCRIPTOR_H
 #define OS_DESCRIPTOR_H
 
+#include <fcntl.h>
 #include <unistd.h>
 
 namespace qzvest {
@@ -36,6 +37,18 @@ public:
 private:
     int descriptor_;
 };
+
+// What a wait for a lock that others hold sleeps between two tries.
+constexpr useconds_t kLockPollMicroseconds = 1000;
+
+// type as in flock, command F_SETLK or F_SETLKW of fcntl.
+inline bool SetWholeFileLock(int descriptor, short type, int command)
+{
+    struct flock range = {};
+    range.l_type = type;
+    range.l_whence = SEEK_SET; // from 0, of length 0
+    return fcntl(descriptor, command, &range) == 0;
+}
 
 } // namespace qzvest
 

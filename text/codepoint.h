@@ -17,11 +17,6 @@ inline bool IsSurrogate(uint32_t unit)
     return (unit & 0xF800) == 0xD800;
 }
 
-inline bool IsHighSurrogate(uint32_t unit)
-{
-    return (unit & 0xFC00) == 0xD800;
-}
-
 inline bool IsLowSurrogate(uint32_t unit)
 {
     return (unit & 0xFC00) == 0xDC00;

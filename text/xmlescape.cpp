@@ -1,4 +1,4 @@
-// The walk goes from one special byte to the next; what lies between is copied as a run.
+// Special bytes are found sixteen at a time; what lies between two of them is copied as a run.
 
 #include "text/xmlescape.h"
 
@@ -17,6 +17,8 @@ namespace {
 
 constexpr uint32_t kMaxPasses = 16;
 
+static_assert(std::endian::native == std::endian::little, "a word's low byte comes first");
+
 // Bytes of 0xFF where the block holds something to replace.
 QZVEST_INLINE auto SpecialsOf(Bytes16 block)
 {
@@ -28,46 +30,33 @@ bool IsSpecial(char byte)
     return byte == '"' || byte == '&' || byte == '\'' || byte == '<' || byte == '>';
 }
 
-// The first special byte, or end.
-const char *NextSpecial(const char *at, const char *end)
-{
-    while (end - at >= 16) {
-        Bytes16 block;
-        std::memcpy(&block, at, sizeof block);
-        const auto specials = SpecialsOf(block);
-        const uint64_t low = WordAt(&specials);
-        const uint64_t high = WordAt(reinterpret_cast<const char *>(&specials) + 8);
-        if ((low | high) == 0) {
-            at += 16;
-            continue;
-        }
-        if constexpr (std::endian::native == std::endian::little)
-            return at + (low != 0 ? std::countr_zero(low) : 64 + std::countr_zero(high)) / 8;
-        break;
-    }
-    return std::find_if(at, end, IsSpecial);
-}
-
 bool IsReference(std::string_view text)
 {
     return text.starts_with("&amp;") || text.starts_with("&lt;") || text.starts_with("&gt;") ||
            text.starts_with("&quot;") || text.starts_with("&apos;");
 }
 
+struct Reference {
+    char text[8]; // a whole word, so that it is copied at once
+    uint32_t size;
+};
+
 // What stands for the special byte that the text begins with.
-std::string_view Replacement(std::string_view text)
+const Reference &Replacement(std::string_view text)
 {
+    static constexpr Reference kQuote{"&quot;", 6}, kApostrophe{"&apos;", 6}, kLess{"&lt;", 4}, kGreater{"&gt;", 4},
+        kAmpersand{"&amp;", 5}, kItself{"&", 1};
     switch (text.front()) {
     case '"':
-        return "&quot;";
+        return kQuote;
     case '\'':
-        return "&apos;";
+        return kApostrophe;
     case '<':
-        return "&lt;";
+        return kLess;
     case '>':
-        return "&gt;";
+        return kGreater;
     default:
-        return IsReference(text) ? "&" : "&amp;";
+        return IsReference(text) ? kItself : kAmpersand;
     }
 }
 
@@ -97,20 +86,57 @@ void PutRun(SMSSUTF8Str *record, const char *at, const char *end)
     }
 }
 
+// The same for a piece of at most kWord bytes, of which all kWord may be read: short ones are too many for a copy of
+// just their size.
+template <uint32_t kWord>
+void PutShort(SMSSUTF8Str *record, const char *piece, uint32_t size)
+{
+    if (record->capacity - record->length > kWord) {
+        std::memcpy(record->text + record->length, piece, kWord);
+        record->length += size;
+    } else {
+        Put(record, piece, size);
+    }
+}
+
+// Calls replace with the place of each special byte.
+template <typename Replace>
+void ForEachSpecial(const char *at, const char *end, const Replace &replace)
+{
+    for (; end - at >= 16; at += 16) {
+        Bytes16 block;
+        std::memcpy(&block, at, sizeof block);
+        const auto specials = SpecialsOf(block);
+        for (const int half : {0, 8}) {
+            uint64_t left = WordAt(reinterpret_cast<const char *>(&specials) + half);
+            while (left != 0) {
+                const int bit = std::countr_zero(left) & ~7;
+                replace(at + half + bit / 8);
+                left &= ~(uint64_t{0xFF} << bit);
+            }
+        }
+    }
+    for (; at != end; ++at)
+        if (IsSpecial(*at))
+            replace(at);
+}
+
 char *EscapeOnce(const char *text, uint32_t *sizeInOut)
 {
     SMSSUTF8Str result{nullptr, 0, 0};
     if (SMSSUTF8StrAlloc(&result, *sizeInOut) != nullptr) {
-        const char *end = text + std::strlen(text);
-        for (const char *at = text;;) {
-            const char *special = NextSpecial(at, end);
-            PutRun(&result, at, special);
-            if (special == end)
-                break;
-            const auto piece = Replacement({special, static_cast<size_t>(end - special)});
-            Put(&result, piece.data(), static_cast<uint32_t>(piece.size()));
-            at = special + 1;
-        }
+        const char *const end = text + std::strlen(text);
+        const char *run = text; // begins what has not been copied yet
+        ForEachSpecial(text, end, [&](const char *special) {
+            if (special - run <= 16 && end - run >= 16)
+                PutShort<16>(&result, run, static_cast<uint32_t>(special - run));
+            else
+                PutRun(&result, run, special);
+            const Reference &reference = Replacement({special, static_cast<size_t>(end - special)});
+            PutShort<sizeof reference.text>(&result, reference.text, reference.size);
+            run = special + 1;
+        });
+        PutRun(&result, run, end);
         result.text[result.length] = '\0';
     }
     *sizeInOut = result.length;

@@ -42,9 +42,8 @@ SM_EXPORT char *SMUTF8ConvertXSVToYSV(const char *source, char fromDelimiter, ch
  *
  * The file holds one record a line: a kind, an ID in up to four hexadecimal digits and a name, split by tabs, of which
  * several count as one. What follows the third field is not looked at; ";" begins a comment anywhere. Lines of fewer
- * fields, of another kind or without an ID are skipped; a line of more than 8,449 bytes counts as several. Kinds, in
- * capitals or small letters, in the order of the file:
- *   V  a vendor
+ * fields, of another kind or without an ID are skipped, but a "V" or "D" line without one may end the search; a line of
+ * more than 8,449 bytes counts as several. Kinds, in capitals or small letters, in the order of the file: V  a vendor
  *   D  a device of the vendor above
  *   O  a sub-vendor of the device above
  *   S  a subsystem of the sub-vendor above

@@ -33,13 +33,12 @@ extern "C" {
  *   eventId      a number of the caller's
  *   source       who tells it: the identity in the system log. 1 to 1,023 UCS-2 units in the text log, up to 511 bytes
  *                in the XML log. Without one (NULL) the text log is passed over
- *   description  what happened: 1 to 1,023 units in the text log, up to 8,191 bytes in the XML log
- *   data         bytes that go with it, or NULL with a dataSize of 0; not for the system log
- *   dataSize     at most 32,768
- * What went wrong in the system log is not told, and in the text log only its path: a text too long, a type or category
- * that there is not, and a failed write leave the result as it is.
- * Returns SM_STATUS_OK; SM_STATUS_BAD_ARGUMENT (an empty mask); SM_STATUS_FAILED (no memory for a path); what
- *   SMGetPathByProductIDandType says of the log path; with SM_LOG_XML what SMAppendToXMLLog returned. */
+ *   description  what happened: 1 to 1,023 units in the text log, up to 8,191 bytes in the XML log. Without one (NULL)
+ * the text log is passed over, and the others have an empty text data         bytes that go with it, or NULL with a
+ * dataSize of 0; not for the system log dataSize     at most 32,768 What went wrong in the system log is not told, and
+ * in the text log only its path: a text too long, a type or category that there is not, and a failed write leave the
+ * result as it is. Returns SM_STATUS_OK; SM_STATUS_BAD_ARGUMENT (an empty mask); SM_STATUS_FAILED (no memory for a
+ * path); what SMGetPathByProductIDandType says of the log path; with SM_LOG_XML what SMAppendToXMLLog returned. */
 SM_EXPORT uint32_t SMAppendToLog(uint8_t logTargets, uint16_t type, uint16_t category, uint32_t eventId,
                                  const char *source, const char *description, const void *data, uint32_t dataSize);
 

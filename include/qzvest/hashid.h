@@ -4,7 +4,7 @@
  * length in bytes; nothing else is kept. The area holds words of 32 bits in host order and may lie at any
  * address; bytes behind the last whole word are not used by the calls that look for an ID. ID 0 stands for no
  * ID: it is never handed out nor found. Clear an area before its first use.
- * table is not tested for NULL. Nothing is allocated.
+ * No pointer is tested for NULL. Nothing is allocated.
  * Threads: a table has no lock; whoever shares one guards it. */
 #ifndef QZVEST_HASHID_H
 #define QZVEST_HASHID_H

@@ -41,8 +41,14 @@
  *     blanks does not end it, and a "#" comment ends it early, so that the rest falls to the section above.
  *   - Only the first line of a key is replaced or deleted; a second one stays.
  *   - A line feed in a value is written as it is and breaks the line.
+ *   - Behind a last line without a line feed, as a crash may leave one, a new key is glued to that line; a new section
+ *     ends it, but then has no blank line in front.
+ *   - Names are written as they are. A section is found again if it has no "]" and no line feed, a key if it has no "="
+ *     and no line feed and does not begin with a blank, ";", "#" or "[". A key with "[" in front makes a malformed
+ *     header, and what lies behind it cannot be read any more.
  *
- * New files have mode 0644. The others keep theirs, without set-ID and execute bits.
+ * New files have mode 0644. The others keep theirs, without set-ID and execute bits; but for an append, a change makes
+ * a new file, which belongs to the writer and takes the place of a link.
  *
  * Limits: a section or key name to be written has up to 255 bytes, a text value up to 8192, binary up to 1638.
  *
@@ -88,15 +94,14 @@ extern "C" {
  *   - INI_TYPE_UTF8: once the file is open, a default is copied up to destSize, the last byte copied becomes a
  *     terminator, and destSize is that count; without a default dest is empty and destSize 0. After
  *     SM_STATUS_BUFFER_TOO_SMALL, and where the file could not be opened, dest and destSize keep what they held
- *     (destSize is the need after the former). Lists have no default.
+ *     (destSize is the need after the former). Lists have no default: one that does not fit holds the names that did,
+ *     destSize being the need; after other failures dest is a list of the names up to there, and destSize is as it was.
  *   - other types: a default is copied, and destSize is its size as used; without one destSize is 0. Not after
- *     SM_STATUS_BAD_ARGUMENT, nor where binary is too large for dest: destSize is then the bytes of the value.
- * SM_STATUS_OK: delivered.
- * SM_STATUS_BAD_ARGUMENT: unknown type; dest, destSize or path NULL; path empty; destSize below the least; a UCS-2
- * default whose size is not its text's.
- * SM_STATUS_BUFFER_TOO_SMALL: dest is too small.
- * SM_STATUS_INI_OPEN_FAILED: the file cannot be opened for reading.
- * SM_STATUS_INI_BAD_SECTION: a malformed header on the way, or the file cannot be read to its end.
+ *     SM_STATUS_BAD_ARGUMENT, but for an empty path, nor where binary is too large for dest: destSize is then the bytes
+ * of the value. SM_STATUS_OK: delivered. SM_STATUS_BAD_ARGUMENT: unknown type; dest, destSize or path NULL; path empty;
+ * destSize below the least; a UCS-2 default whose size is not its text's. SM_STATUS_BUFFER_TOO_SMALL: dest is too
+ * small; for types 4 to 9 the value in the file has more than 8192 bytes. SM_STATUS_INI_OPEN_FAILED: the file cannot be
+ * opened for reading. SM_STATUS_INI_BAD_SECTION: a malformed header on the way, or the file cannot be read to its end.
  * SM_STATUS_INI_NO_SECTION, SM_STATUS_INI_NO_KEY: not there; for a list, no name at all.
  * SM_STATUS_INI_BAD_VALUE: INI_TYPE_BOOL has another word or none; binary without a byte.
  * SM_STATUS_FAILED: binary of a wrong length or with a group above 255; out of memory in a lookup.
@@ -116,11 +121,11 @@ SM_EXPORT uint32_t SMReadINIFileValue(const char *section, const char *key, uint
 
 /* SMReadINISectionKeyUTF8Value - the text of a key, or a list of names, as a heap copy.
  *   section, key  as above, NULL for lists
- *   defaultText   NULL, or what to give a copy of when the file is there but not the key
+ *   defaultText   NULL, or what to give a copy of, up to 8192 bytes, when the file is there but not the key
  *   outSize       NULL, or gets the bytes of the result with its terminators; 0 without a result
  *   pathFileName  the file's path
- * Returns the text, to be freed with SMFreeGeneric, or NULL: not found and no default, path NULL or empty, the file
- * cannot be opened whatever the default, more than 32768 bytes, out of memory. */
+ * Returns the text, to be freed with SMFreeGeneric, or NULL: not found and no default; and whatever the default, path
+ * NULL or empty, the file cannot be opened or locked, more than 32768 bytes, out of memory. */
 SM_EXPORT char *SMReadINISectionKeyUTF8Value(const char *section, const char *key, const char *defaultText,
                                              uint32_t *outSize, const char *pathFileName, int16_t waitForLock);
 
@@ -129,7 +134,8 @@ SM_EXPORT char *SMReadINISectionKeyUTF8Value(const char *section, const char *ke
  *               the default too, when the key cannot be read
  *   multiple    1: the text is a list separated by ",", blanks around the items aside; the values of those known are
  *               combined with OR, unknown items add nothing. Else the whole text is one word
- * Returns the value, or SM_ENUM_UNREADABLE: section, key, table or path NULL, fewer than 2 rows, or out of memory. */
+ * Returns the value, or SM_ENUM_UNREADABLE: section, key, table or path NULL, fewer than 2 rows, or no memory to split
+ * a list. */
 SM_EXPORT uint32_t SMReadINIEnums32Value(const char *section, const char *key, const SMINIEnumEntry *table,
                                          int32_t tableCount, uint16_t multiple, const char *pathFileName,
                                          int16_t waitForLock);

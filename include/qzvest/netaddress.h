@@ -43,7 +43,7 @@ SM_EXPORT uint32_t SMIPAddrNetworkToASCII(uint32_t address, char *buffer, uint32
 
 /* SMGetIPHostName, SMUCS2GetIPHostName - the name of this host.
  *   buffer  takes the name with its terminator, cut to what fits, and zeros behind it to its end; as UCS-2 the name
- *           is cut to 63 bytes and has to fit
+ *           is cut to 63 bytes and has to fit, and what is behind it stays
  *   size    in: bytes at buffer; out: bytes of the name with its terminator
  * Returns SM_STATUS_OK, SM_STATUS_BAD_ARGUMENT (buffer or size NULL; size 0, but not as UCS-2), SM_STATUS_NOT_ATTACHED;
  *   as UCS-2 also SM_STATUS_BUFFER_TOO_SMALL, with size as it was, and SM_STATUS_BAD_FORMAT (the name is no UTF-8) */
@@ -54,8 +54,9 @@ SM_EXPORT uint32_t SMUCS2GetIPHostName(uint16_t *buffer, uint32_t *size);
  * name server, and wait for it.
  *   buffer  takes the suffix; NULL asks for its size alone
  *   size    in: bytes at buffer; out: bytes of the suffix with its terminator, also when they do not fit
- * Returns SM_STATUS_OK, SM_STATUS_BAD_ARGUMENT (size NULL), SM_STATUS_BUFFER_TOO_SMALL, SM_STATUS_NOT_ATTACHED,
- *   SM_STATUS_NO_MEMORY, SM_STATUS_FAILED (the name is not known) */
+ * Returns SM_STATUS_OK; SM_STATUS_BUFFER_TOO_SMALL (size is too small, whatever buffer is; nothing written); with size
+ * as it was SM_STATUS_BAD_ARGUMENT (size NULL), SM_STATUS_NOT_ATTACHED, SM_STATUS_NO_MEMORY, SM_STATUS_FAILED (the name
+ *   is not known) */
 SM_EXPORT uint32_t SMGetDNSSuffixNameName(char *buffer, uint32_t *size);
 
 /* SMInetAddrUTF8ToNetwork - an address of either family from text, as inet_pton (POSIX) reads it.
@@ -70,7 +71,7 @@ SM_EXPORT uint32_t SMInetAddrUTF8ToNetwork(uint16_t family, const char *text, vo
  *   address, length  4 bytes for SM_FAMILY_IPV4, 16 for SM_FAMILY_IPV6
  *   size             in: bytes at buffer; out: bytes of the text with its terminator, unchanged after a failure
  * Returns SM_STATUS_OK, SM_STATUS_BAD_ARGUMENT (a NULL), SM_STATUS_BUFFER_TOO_SMALL, SM_STATUS_NOT_ATTACHED,
- *   SM_STATUS_INVALID_PARAMETER (another family, a wrong length), SM_STATUS_FAILED */
+ *   SM_STATUS_INVALID_PARAMETER (another family, a wrong length), SM_STATUS_FAILED (the C library gave no text) */
 SM_EXPORT uint32_t SMInetAddrNetworkToUTF8(uint16_t family, const void *address, uint32_t length, char *buffer,
                                            uint32_t *size);
 
@@ -80,18 +81,22 @@ SM_EXPORT uint32_t SMInetAddrNetworkToUTF8(uint16_t family, const void *address,
  *   count     in: slots at list; out: addresses found, more than that too
  *   list      takes the addresses; NULL counts them
  * Returns SM_STATUS_OK, SM_STATUS_BAD_ARGUMENT (count NULL), SM_STATUS_BUFFER_TOO_SMALL (those that fit are written),
- *   SM_STATUS_NOT_ATTACHED, SM_STATUS_FAILED (no right to raw sockets, no memory) */
+ *   and with count as it was SM_STATUS_NOT_ATTACHED, SM_STATUS_FAILED (no right to raw sockets, the system does not
+ *   list its interfaces, no memory) */
 SM_EXPORT uint32_t SMGetIPAddrStrList(const char *hostName, uint32_t *count, SMIPAddrSlot *list);
 
 /* SMGetInetAddrStrList - the addresses of both families: those of IPv4 as above, then those of IPv6, global ones before
- * site-local and link-local ones.
+ * site-local and link-local ones. Those of IPv6 are the addresses of all interfaces but loopback ones and those without
+ * ARP; there are none where the kernel has no IPv6. An interface with an index above 255 upsets their list: addresses,
+ * also of others, may be missing.
  *   scope  SM_SCOPE_BOTH, SM_SCOPE_IPV4 or SM_SCOPE_IPV6
  *   count  in: records at list; out: addresses found, unless the call fails with another status than
  *          SM_STATUS_BUFFER_TOO_SMALL. For both families compare it: the status is that of IPv6 alone
  *   list   takes the addresses; NULL counts them, and more than count says are SM_STATUS_BUFFER_TOO_SMALL all the
  *          same. With too little room for those of IPv4 none of them is written
  * Returns SM_STATUS_OK, SM_STATUS_BAD_ARGUMENT (count NULL), SM_STATUS_BUFFER_TOO_SMALL, SM_STATUS_NOT_ATTACHED,
- *   SM_STATUS_INVALID_PARAMETER (another scope), SM_STATUS_NO_MEMORY, SM_STATUS_FAILED (no right to raw sockets) */
+ *   SM_STATUS_INVALID_PARAMETER (another scope), SM_STATUS_NO_MEMORY, SM_STATUS_FAILED (no right to raw sockets, the
+ *   system does not list its interfaces or has no memory for that, the last address of IPv6 is none) */
 SM_EXPORT uint32_t SMGetInetAddrStrList(uint32_t scope, uint32_t *count, SMInetAddrRecord *list);
 
 #ifdef __cplusplus

@@ -11,7 +11,7 @@
  *   ignoreCase  1: compare the names through tolower, thus in the locale; any other value: byte by byte
  * The first parameter of the name is taken; texts that are no parameter are passed over.
  *
- * Threads: no shared state; the texts must not change during a call. */
+ * Threads: no shared state; the texts must not change during a call. SMNVPUTF8ToTypeValue may change one itself. */
 #ifndef QZVEST_PARAMETER_H
 #define QZVEST_PARAMETER_H
 
@@ -45,6 +45,8 @@ SM_EXPORT char *SMNVPGetUTF8ParamValueByUTF8Name(int32_t argc, char *const *argv
 /* SMNVPUTF8ToTypeValue - the value of the parameter of that name, as a typed value.
  *   value, sizeInOut, typeAndFormat  as SMXLTUTF8ToTypeValue takes them, but value must not be NULL: there is no
  *                                    asking for the size here
+ * A list of bytes loses its commas in argv itself, whatever the status: a second call sees the first byte alone. Give
+ * room enough at once, bytes for half the characters of the value.
  * Status: SM_STATUS_INVALID_PARAMETER for a NULL argv or value; SM_STATUS_NOT_FOUND without such a parameter;
  *         else what SMXLTUTF8ToTypeValue makes of the value, an empty one included. */
 SM_EXPORT uint32_t SMNVPUTF8ToTypeValue(int32_t argc, char *const *argv, const char *name, int16_t ignoreCase,

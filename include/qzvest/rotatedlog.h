@@ -24,8 +24,8 @@ extern "C" {
  *   generations  how many older files are kept; with 0 the file is deleted instead
  *   flags        SM_ROTATED_TIME puts "[%b %d %Y %H:%M:%S] " (strftime) in front, SM_ROTATED_THREAD behind that process
  *                and thread number as "[%u:%llu] ", SM_ROTATED_LINE_FEED a line feed behind
- * A new file has the mode of the old one, 0644 if there was none.
- * Returns SM_STATUS_OK, also when the write failed; SM_STATUS_INVALID_PARAMETER (message or path NULL);
+ * The file, new or not, gets the mode of the one that was there, without execute and set-ID bits; 0644 if there was
+ * none. Returns SM_STATUS_OK, also when the write failed; SM_STATUS_INVALID_PARAMETER (message or path NULL);
  *   SM_STATUS_FAILED (the file cannot be opened). */
 SM_EXPORT uint32_t SMFileLogMsgToRotatedLog(const char *message, const char *pathFileName, uint32_t maxSize,
                                             uint32_t generations, uint32_t flags);

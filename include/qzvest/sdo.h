@@ -58,7 +58,8 @@ SM_EXPORT uint32_t SMSDOConfigGetCount(const SMSDOConfig *config);
  *            SM_SDO_KIND_OBJECT | SM_SDO_ARRAY       a table of pointers to nested objects, none NULL
  *            SM_SDO_KIND_FLAT, array flag or not     a flat object or flat array, which is trusted; it is
  *                                                    rebuilt and becomes a nested object or array
- *   size     bytes at data, not 0; 8 for a single nested object, 8 each in a table
+ *   size     bytes at data, not 0; 8 for a single nested object, 8 each in a table; at least 4 for a flat value, which
+ *            knows its own size
  *   replace  1: a value under this ID gives way to the new one; any other: the ID must be free
  * Returns SM_STATUS_OK;
  *   SM_STATUS_LIMIT_REACHED (65535 entries, or the object and the new value together would flatten to more
@@ -70,12 +71,12 @@ SM_EXPORT uint32_t SMSDOConfigGetCount(const SMSDOConfig *config);
  *   for a flat value also SM_STATUS_FAILED (it, or an element of it, cannot be rebuilt, be it for lack of memory)
  *     and SM_STATUS_BAD_FORMAT (an element is no flat object).
  * On failure the object is as it was.
- * Ownership: plain data is copied. Nested objects pass to config on success and stay with the caller on
- * failure; what was rebuilt from a flat value is freed on failure, but for an object rebuilt for a config that
- * has 65535 entries already. When nested objects replace nested objects and the first size bytes of the two values
- * differ, the old objects are freed, also those that the new table names again; when they are the same, and when a
- * plain value or an empty flat array, which has no bytes to differ, replaces nested objects, the old ones are not
- * freed. */
+ * Ownership: plain data is copied. Nested objects pass to config on success, each to one place in one object, which is
+ * not checked, and stay with the caller on failure; what was rebuilt from a flat value is freed on failure, but for an
+ * object rebuilt for a config that has 65535 entries already. When nested objects replace nested objects and the first
+ * size bytes of the two values differ, the old objects are freed, also those that the new table names again; when they
+ * are the same, and when a plain value or an empty flat array, which has no bytes to differ, replaces nested objects,
+ * the old ones are not freed. */
 SM_EXPORT uint32_t SMSDOConfigAddData(SMSDOConfig *config, uint16_t id, uint8_t type, const void *data, uint32_t size,
                                       int16_t replace);
 
@@ -262,7 +263,7 @@ SM_EXPORT uint32_t SMSDOBinaryArrayGetByIndex(const SMSDOBinaryArray *array, uin
  *   SM_STATUS_INVALID_PARAMETER (a NULL; configs may be NULL for an empty array);
  *   SM_STATUS_NO_MEMORY, SM_STATUS_FAILED (an element cannot be rebuilt, be it for lack of memory).
  * After the last two, and after a bad element, every object in the whole table is freed and its slot
- * cleared. */
+ * cleared. countInOut stays as it was on every failure but SM_STATUS_BUFFER_TOO_SMALL. */
 SM_EXPORT uint32_t SMSDOBinaryArrayToConfigArray(const SMSDOBinaryArray *array, SMSDOConfig **configs,
                                                  uint32_t *countInOut);
 

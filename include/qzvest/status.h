@@ -8,7 +8,7 @@
 #define SM_STATUS_FAILED UINT32_C(0xFFFFFFFF)
 /* Done. */
 #define SM_STATUS_OK UINT32_C(0)
-/* The requested radix does not exist for the type. */
+/* The requested radix does not exist for the type; the log mask asks for the system log, which has no file. */
 #define SM_STATUS_UNSUPPORTED UINT32_C(1)
 /* Bad argument of the older families; unknown type code or format. */
 #define SM_STATUS_BAD_ARGUMENT UINT32_C(2)

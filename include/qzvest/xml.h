@@ -61,12 +61,13 @@ SM_EXPORT uint32_t SMXGBufCatEmptyNode(SMXGBuf *buffer, const char *name, const 
  *              SMXLTTypeValueToUTF8 is asked for. With an escapeDepth text goes through SMXGEscapeXMLUTF8Str, whole,
  *              with valueSize - 1 as the estimate for UTF-8 text; where that gives NULL, as with a valueSize of 0 or 1,
  *              the text goes in as without an escape
- * Numbers in SMXLT_FORMAT_BINARY and bytes as a dump are appended WITH their terminator: the document goes on behind
- * a zero byte.
+ * Integers of 8 to 32 bits in SMXLT_FORMAT_BINARY, and a dump of at least one byte, are appended WITH their terminator:
+ * the document goes on behind a zero byte.
  * Returns SM_STATUS_OK, SM_STATUS_INVALID_PARAMETER (buffer NULL), SM_STATUS_NOT_FOUND (value NULL),
  *   SM_STATUS_NO_MEMORY (for the text of a value that is no text), SM_STATUS_BAD_ARGUMENT (the format is none of the
  *   type's, or type is 33 to 35 or 37 to 40), SM_STATUS_FAILED (any other type; UCS-2 text that cannot be converted,
- *   or no memory for it; a NULL pointer at value; no bytes), or what SMXLTTypeValueToUTF8 returned. */
+ *   or no memory for it; a NULL pointer at value; no bytes, but
+ *   for a dump), or what SMXLTTypeValueToUTF8 returned. */
 SM_EXPORT uint32_t SMXGBufCatNodeValue(SMXGBuf *buffer, const void *value, uint32_t valueSize, uint8_t type,
                                        const SMXGValueOptions *options);
 

@@ -464,7 +464,7 @@ TEST_F(Writers, LoseNothingOfWhatWasThere)
     old_["rotated"] = "grown";
     old_[kOlder] = "earlier";
     registry_ = Get(kRegistry);
-    for (const std::vector<int> &errors : {std::vector{0}, {ENOSPC, EIO, EMFILE, EACCES, EINTR}}) {
+    for (const std::vector<int> &errors : {std::vector{0}, {ENOSPC, EACCES, EINTR}}) {
         for (const Writer &writer : kWriters) {
             int calls = 0;
             for (const int error : errors) {

@@ -76,6 +76,13 @@ protected:
         return status == SM_STATUS_OK ? std::string(dest.data(), size - 1) : "<" + std::to_string(status) + ">";
     }
 
+    static void SetIniPath()
+    {
+        setenv("gaugeworkinstallpath", folder.c_str(), 1);
+        uint32_t none = 0; // a place that is new since the attach is refused once
+        (void)SMGetPathByProductIDandType(SM_PRODUCT_DEFAULT, SM_PATH_INI, nullptr, &none);
+    }
+
     // The only lock there is, held by an open file description in place of another process.
     int Hold(int type) const
     {
@@ -85,8 +92,8 @@ protected:
         return fcntl(holder, F_OFD_SETLK, &whole);
     }
 
-    const std::string locks = "/var/run/qz/.ipc";
-    const std::string folder = "/run/store";
+    static inline const std::string locks = "/var/run/qz/.ipc";
+    static inline const std::string folder = "/run/store";
     std::string path = folder + "/file";
 };
 

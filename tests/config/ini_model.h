@@ -8,17 +8,14 @@
 #include <algorithm>
 #include <cstdint>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace inimodel {
 
-constexpr size_t kMaxPiece = 8449;
-constexpr size_t kMaxHeaderName = 255;
-
-// ---- lines ----
-
 inline std::vector<std::string> Lines(const std::string &content)
 {
+    constexpr size_t kMaxPiece = 8449;
     std::vector<std::string> lines;
     for (size_t at = 0; at < content.size(); at += lines.back().size())
         lines.push_back(
@@ -44,14 +41,9 @@ inline LineKind KindOf(const std::string &line, std::string &name)
     const std::string text = TextBehind(line, " \t");
     if (text.empty() || text[0] != '[')
         return LineKind::kOther;
-    const size_t end = text.find(']');
-    if (end == std::string::npos || end - 1 > kMaxHeaderName)
-        return LineKind::kMalformed;
-    name = text.substr(1, end - 1);
-    return LineKind::kHeader;
+    name = text.substr(1, text.find(']') - 1);
+    return text.find(']') == std::string::npos || name.size() > 255 ? LineKind::kMalformed : LineKind::kHeader;
 }
-
-// ---- the reader ----
 
 struct Value {
     uint32_t status;
@@ -77,44 +69,42 @@ inline uint32_t FindSection(const std::vector<std::string> &lines, const std::st
     return SM_STATUS_INI_NO_SECTION;
 }
 
-// Every key line of the section, as key and value alternately.
-inline Names KeyLines(const std::string &content, const std::string &section)
+// The status is of the section.
+inline uint32_t KeyLines(const std::string &content, const std::string &section,
+                         std::vector<std::pair<std::string, std::string>> &found)
 {
     const std::vector<std::string> lines = Lines(content);
     size_t at = 0;
-    Names found = {FindSection(lines, section, at), {}};
-    for (; found.status == SM_STATUS_OK && at < lines.size(); ++at) {
+    const uint32_t status = FindSection(lines, section, at);
+    for (; status == SM_STATUS_OK && at < lines.size(); ++at) {
         const std::string text = TextBehind(lines[at], " \t");
-        if (IsOneOf(lines[at][0], ";#"))
-            continue;
-        if (!text.empty() && text[0] == '[')
-            break;
         const size_t equals = text.find('=');
-        if (equals == std::string::npos)
-            continue;
-        found.names.push_back(text.substr(0, equals));
-        found.names.push_back(text.substr(equals + 1, text.find('\n', equals) - equals - 1));
+        if (text[0] == '[')
+            break;
+        if (!IsOneOf(lines[at][0], ";#") && equals != std::string::npos)
+            found.emplace_back(text.substr(0, equals), text.substr(equals + 1, text.find('\n', equals) - equals - 1));
     }
-    return found;
+    return status;
 }
 
 inline Value Read(const std::string &content, const std::string &section, const std::string &key)
 {
-    const Names lines = KeyLines(content, section);
-    for (size_t i = 0; i < lines.names.size(); i += 2) {
-        if (lines.names[i] == key)
-            return {SM_STATUS_OK, lines.names[i + 1]};
+    std::vector<std::pair<std::string, std::string>> lines;
+    const uint32_t status = KeyLines(content, section, lines);
+    for (const auto &[name, value] : lines) {
+        if (name == key)
+            return {SM_STATUS_OK, value};
     }
-    return {lines.status == SM_STATUS_OK ? SM_STATUS_INI_NO_KEY : lines.status, ""};
+    return {status == SM_STATUS_OK ? SM_STATUS_INI_NO_KEY : status, ""};
 }
 
 inline Names ListKeys(const std::string &content, const std::string &section)
 {
-    const Names lines = KeyLines(content, section);
-    Names keys = {lines.status, {}};
-    for (size_t i = 0; i < lines.names.size(); i += 2)
-        keys.names.push_back(lines.names[i]);
-    if (keys.status == SM_STATUS_OK && keys.names.empty())
+    std::vector<std::pair<std::string, std::string>> lines;
+    Names keys = {KeyLines(content, section, lines), {}};
+    for (const auto &line : lines)
+        keys.names.push_back(line.first);
+    if (keys.status == SM_STATUS_OK && lines.empty())
         keys.status = SM_STATUS_INI_NO_KEY;
     return keys;
 }
@@ -151,10 +141,6 @@ inline Value Packed(const Names &list, uint32_t room, uint32_t &need)
     return packed;
 }
 
-// ---- the writer ----
-
-constexpr const char *kWriterBlanks = "\t\n\r ";
-
 // From behind the section's header on: output gets the lines in front of the key, the new line, and the rest.
 inline void ChangeKey(const std::vector<std::string> &lines, size_t at, const std::string &key, const char *value,
                       std::string &output)
@@ -162,7 +148,7 @@ inline void ChangeKey(const std::vector<std::string> &lines, size_t at, const st
     std::string pending; // comments and blank lines that are not written yet
     std::string rest;
     for (; at < lines.size(); ++at) {
-        const std::string text = TextBehind(lines[at], kWriterBlanks);
+        const std::string text = TextBehind(lines[at], "\t\n\r ");
         if (text.empty() || IsOneOf(text[0], ";#")) {
             pending += lines[at];
             continue;
@@ -184,15 +170,6 @@ inline void ChangeKey(const std::vector<std::string> &lines, size_t at, const st
         output += lines[at];
 }
 
-// From behind the header, which is dropped, on.
-inline void DropBody(const std::vector<std::string> &lines, size_t at, std::string &output)
-{
-    while (at < lines.size() && !IsOneOf(lines[at][0], "[#"))
-        ++at;
-    for (; at < lines.size(); ++at)
-        output += lines[at];
-}
-
 // Sets the key, deletes it where value is NULL, deletes the section where key is NULL. SM_STATUS_INI_NO_SECTION where
 // there is nothing to change. output is what the new file holds, for SM_STATUS_OK alone.
 inline uint32_t Rewrite(const std::string &content, const char *section, const char *key, const char *value,
@@ -200,16 +177,19 @@ inline uint32_t Rewrite(const std::string &content, const char *section, const c
 {
     const std::vector<std::string> lines = Lines(content);
     size_t at = 0;
-    const uint32_t status = FindSection(lines, section, at);
-    if (status != SM_STATUS_OK)
+    if (const uint32_t status = FindSection(lines, section, at); status != SM_STATUS_OK)
         return status;
     output.clear();
     for (size_t i = 0; i + 1 < at + (key != nullptr ? 1 : 0); ++i)
         output += lines[i];
-    if (key != nullptr)
+    if (key != nullptr) {
         ChangeKey(lines, at, key, value, output);
-    else
-        DropBody(lines, at, output);
+        return SM_STATUS_OK;
+    }
+    while (at < lines.size() && !IsOneOf(lines[at][0], "[#"))
+        ++at;
+    for (; at < lines.size(); ++at)
+        output += lines[at];
     return SM_STATUS_OK;
 }
 
@@ -217,20 +197,19 @@ inline uint32_t Rewrite(const std::string &content, const char *section, const c
 inline uint32_t Write(bool &exists, std::string &content, const char *section, const char *key, const char *value)
 {
     std::string output;
-    uint32_t status = exists ? Rewrite(content, section, key, value, output) : SM_STATUS_INI_NO_SECTION;
+    const uint32_t status = exists ? Rewrite(content, section, key, value, output) : SM_STATUS_INI_NO_SECTION;
     if (status == SM_STATUS_INI_NO_SECTION) {
         if (value == nullptr)
             return SM_STATUS_INI_BAD_VALUE;
         if (key == nullptr)
             return SM_STATUS_BAD_ARGUMENT;
         output = content + (content.empty() ? "[" : "\n[") + section + "]\n" + key + "=" + value + "\n";
-        status = SM_STATUS_OK;
+    } else if (status != SM_STATUS_OK) {
+        return status;
     }
-    if (status == SM_STATUS_OK) {
-        content = output;
-        exists = true;
-    }
-    return status;
+    content = output;
+    exists = true;
+    return SM_STATUS_OK;
 }
 
 } // namespace inimodel

@@ -1,45 +1,129 @@
-// The reader where its model does not reach: limits, other texts than values, locks, and where files are looked for.
+// Reads of typed values, heap texts and words; locks, and where files are looked for. Plain texts have their model.
+
+#include <bit>
 
 #include "config/ini_fixture.h"
 
 namespace {
 
-class IniRead : public IniFile {};
+constexpr uint64_t kUntouched = 0x5A5A5A5A5A5A5A5A;
 
-TEST_F(IniRead, HoldsLinesAndHeaderNamesToTheirLimits)
+uint32_t BytesOf(uint32_t type)
 {
-    Put("[a]\n;" + std::string(8448, 'v') + "k=hidden\n" + std::string(8449, 'v') + "[b]\nk=2\n");
-    EXPECT_EQ(Text("a", "k"), "hidden");
-    EXPECT_EQ(Text("b", "k"), "2");
-    Put("[a]\nk=" + std::string(8450, 'v') + "\n");
-    EXPECT_EQ(Text("a", "k").size(), 8447U);
-
-    const std::string longest(255, 'n'), tooLong(256, 'n');
-    Put("[" + longest + "]\nk=1\n[" + tooLong + "]\nk=2\n");
-    EXPECT_EQ(Text(longest.c_str(), "k"), "1");
-    EXPECT_EQ(Text(tooLong.c_str(), "k"), "<261>");
-    Put("[a]\n" + tooLong + "=1\n"); // no bound for keys
-    EXPECT_EQ(Text("a", tooLong.c_str()), "1");
+    return type == INI_TYPE_BOOL ? 2 : type < INI_TYPE_UINT64 ? 4 : 8;
 }
 
-TEST_F(IniRead, RefusesBadArguments)
+class IniRead : public IniFile {};
+
+TEST_F(IniRead, TurnsTextsIntoNumbersAndBooleans)
+{
+    const struct {
+        uint32_t type;
+        std::string text;
+        uint64_t value; // the bytes that dest gets, in front of untouched ones
+        uint32_t status = SM_STATUS_OK;
+    } cases[] = {
+        {INI_TYPE_BOOL, "  tRuE  more", 1},
+        {INI_TYPE_BOOL, "false", 0},
+        {INI_TYPE_BOOL, "TRUE\t", 7, SM_STATUS_INI_BAD_VALUE},
+        {INI_TYPE_BOOL, "   ", 7, SM_STATUS_INI_BAD_VALUE},
+        {INI_TYPE_UINT32, "4294967297", 1},
+        {INI_TYPE_UINT32, "99999999999999999999", 0xFFFFFFFF},
+        {INI_TYPE_UINT32, "-1", 0xFFFFFFFF},
+        {INI_TYPE_INT32, "2147483648", 0x80000000},
+        {INI_TYPE_INT32, "-99999999999999999999", 0},
+        {INI_TYPE_UINT64, " \t\v18446744073709551615", UINT64_MAX},
+        {INI_TYPE_UINT64, "-7", 0},
+        {INI_TYPE_INT64, "-9223372036854775808", UINT64_C(1) << 63},
+        {INI_TYPE_DOUBLE, " -1.5e3x", std::bit_cast<uint64_t>(-1500.0)},
+        {INI_TYPE_UINT32, std::string(8192, '0'), 0},
+        {INI_TYPE_UINT32, std::string(8193, '0'), 7, SM_STATUS_BUFFER_TOO_SMALL},
+    };
+    for (const auto &row : cases) {
+        SCOPED_TRACE(testing::Message() << "type " << row.type << " \"" << row.text.substr(0, 40) << "\"");
+        Put("[a]\nk=" + row.text + "\n");
+        const uint32_t bytes = BytesOf(row.type);
+        const uint64_t fallback = 7;
+        uint64_t dest = kUntouched, expected = kUntouched;
+        memcpy(&expected, &row.value, bytes);
+        uint32_t size = row.status == SM_STATUS_OK ? bytes : 8;
+        EXPECT_EQ(SMReadINIPathFileValue("a", "k", row.type, &dest, &size, &fallback, 8, path.c_str(), 1), row.status);
+        EXPECT_EQ(dest, expected);
+        EXPECT_EQ(size, bytes);
+        EXPECT_EQ(SMReadINIPathFileValue("a", "k", row.type, &dest, &--size, &fallback, 8, path.c_str(), 1),
+                  SM_STATUS_BAD_ARGUMENT);
+        EXPECT_EQ(dest, expected);
+    }
+}
+
+TEST_F(IniRead, DefaultsHaveTheSizeOfTheType)
 {
     Put("[a]\nk=1\n");
-    char dest[8];
-    const auto read = [&](uint32_t type, char *into, uint32_t *size, const char *file) {
-        return SMReadINIPathFileValue("a", "k", type, into, size, nullptr, 0, file, 1);
+    const std::string none = folder + "/none", nowhere;
+    const struct {
+        const std::string &file;
+        uint32_t defaultSize, status, sizeAfter;
+        uint64_t value;
+    } cases[] = {
+        {path, 3, SM_STATUS_INI_NO_KEY, 0, kUntouched}, // too small a default is none
+        {path, 4, SM_STATUS_INI_NO_KEY, 4, 0x5A5A5A5A00000007},
+        {none, 8, SM_STATUS_INI_OPEN_FAILED, 4, 0x5A5A5A5A00000007},
+        {nowhere, 8, SM_STATUS_BAD_ARGUMENT, 4, 0x5A5A5A5A00000007},
     };
-    for (const uint32_t type : {0U, 1U, 2U, 3U, 4U, 5U, 6U, 7U, 8U, 9U, 10U, 0x101U}) {
-        uint32_t size = sizeof dest, none = 0;
-        EXPECT_EQ(read(type, nullptr, &size, path.c_str()), SM_STATUS_BAD_ARGUMENT);
-        EXPECT_EQ(read(type, dest, nullptr, path.c_str()), SM_STATUS_BAD_ARGUMENT);
-        EXPECT_EQ(read(type, dest, &none, path.c_str()), SM_STATUS_BAD_ARGUMENT);
-        EXPECT_EQ(read(type, dest, &size, nullptr), SM_STATUS_BAD_ARGUMENT);
-        EXPECT_EQ(read(type, dest, &size, ""), SM_STATUS_BAD_ARGUMENT);
-        if (type == 0 || type > INI_TYPE_DOUBLE) {
-            EXPECT_EQ(read(type, dest, &size, path.c_str()), SM_STATUS_BAD_ARGUMENT);
-        }
+    for (const auto &row : cases) {
+        const uint64_t fallback = 7;
+        uint64_t dest = kUntouched;
+        uint32_t size = 8;
+        EXPECT_EQ(SMReadINIPathFileValue("a", "x", INI_TYPE_UINT32, &dest, &size, &fallback, row.defaultSize,
+                                         row.file.c_str(), 1),
+                  row.status);
+        EXPECT_EQ(size, row.sizeAfter);
+        EXPECT_EQ(dest, row.value);
     }
+}
+
+TEST_F(IniRead, TurnsTextsIntoBytes)
+{
+    const struct {
+        uint32_t type;
+        const char *text, *fallback;
+        uint32_t room, defaultSize, status, size;
+        const char *dest;
+    } cases[] = {
+        {3, "0X4a,4B  ,  4c", "def", 3, 3, SM_STATUS_OK, 3, "JKLzzzz"},
+        {3, "0x41,zzzz,0x42", "def", 8, 3, SM_STATUS_OK, 1, "Azzzzzz"},
+        {3, "0x41,0x42", "def", 1, 3, SM_STATUS_BUFFER_TOO_SMALL, 2, "zzzzzzz"},
+        {3, "zzzz", "def", 8, 3, SM_STATUS_INI_BAD_VALUE, 3, "defzzzz"},
+        {3, "zzzz", "def", 2, 3, SM_STATUS_INI_BAD_VALUE, 2, "dezzzzz"},
+        {3, "zzzz", "def", 8, 0, SM_STATUS_INI_BAD_VALUE, 0, "zzzzzzz"},
+        {3, "0x41,1FFF", "def", 8, 3, SM_STATUS_FAILED, 3, "defzzzz"},
+        {3, "0x41", "def", 0, 3, SM_STATUS_BAD_ARGUMENT, 0, "zzzzzzz"},
+        {INI_TYPE_UTF8, "text", "def", 0, 3, SM_STATUS_BAD_ARGUMENT, 0, "zzzzzzz"},
+        {10, "1", "def", 8, 3, SM_STATUS_BAD_ARGUMENT, 8, "zzzzzzz"}, // no such type
+        {0x103, "0x41", "def", 8, 3, SM_STATUS_BAD_ARGUMENT, 8, "zzzzzzz"},
+        {INI_TYPE_UCS2, "0x41,0x42,0x00,0x00", "d\0\0", 8, 4, SM_STATUS_OK, 4, "AB"}, // a default is a whole text
+        {INI_TYPE_UCS2, "zzzz", "de\0", 8, 4, SM_STATUS_INI_BAD_VALUE, 4, "de"},
+        {INI_TYPE_UCS2, "0x41,0x42", "de\0", 8, 2, SM_STATUS_BAD_ARGUMENT, 8, "zzzzzzz"},
+        {INI_TYPE_UCS2, "0x41,0x42", "de\0", 8, 6, SM_STATUS_BAD_ARGUMENT, 8, "zzzzzzz"},
+    };
+    const auto read = [](const auto &row, char *dest, uint32_t *size, const std::string &file) {
+        return SMReadINIPathFileValue("a", "k", row.type, dest, size, row.fallback, row.defaultSize, file.c_str(), 1);
+    };
+    char dest[8];
+    uint32_t size = 8;
+    for (const auto &row : cases) {
+        SCOPED_TRACE(testing::Message() << "row " << &row - cases);
+        Put(std::string("[a]\nk=") + row.text + "\n");
+        strcpy(dest, "zzzzzzz");
+        size = row.room;
+        EXPECT_EQ(read(row, dest, &size, path), row.status);
+        EXPECT_EQ(size, row.size);
+        EXPECT_STREQ(dest, row.dest);
+    }
+    EXPECT_EQ(read(cases[0], dest, &(size = 8), ""), SM_STATUS_BAD_ARGUMENT);
+    EXPECT_EQ(std::string(dest, size), "def");
+    EXPECT_EQ(read(cases[8], dest, &(size = 8), ""), SM_STATUS_BAD_ARGUMENT);
+    EXPECT_EQ(read(cases[0], nullptr, &size, path), SM_STATUS_BAD_ARGUMENT);
 }
 
 TEST_F(IniRead, GivesHeapTexts)
@@ -47,13 +131,12 @@ TEST_F(IniRead, GivesHeapTexts)
     std::string sections, tooLong;
     for (int i = 0; i < 8000; ++i)
         (i < 2000 ? sections : tooLong) += "[" + std::to_string(1000 + i) + "]\n";
-    struct {
+    const struct {
         std::string content;
         const char *section, *key, *fallback, *text;
         uint32_t size;
-    } const cases[] = {
+    } cases[] = {
         {"[a]\nk=value\n", "a", "k", "def", "value", 6},
-        {"[a]\nk=\n", "a", "k", "def", "", 1},
         {"[a]\nk=value\n", "a", "x", "def", "def", 4},
         {"[a]\nk=value\n", "x", "k", "", "", 1},
         {"[a]\nk=value\n", "a", "x", nullptr, nullptr, 0},
@@ -72,27 +155,24 @@ TEST_F(IniRead, GivesHeapTexts)
         }
         SMFreeGeneric(text);
     }
-    uint32_t size = 99;
     EXPECT_EQ(SMReadINISectionKeyUTF8Value("a", "k", "def", nullptr, nullptr, 1), nullptr);
-    EXPECT_EQ(SMReadINISectionKeyUTF8Value("a", "k", "def", &size, (folder + "/none").c_str(), 1), nullptr);
-    EXPECT_EQ(size, 0U);
+    EXPECT_EQ(SMReadINISectionKeyUTF8Value("a", "k", "def", nullptr, (folder + "/none").c_str(), 1), nullptr);
 }
 
 TEST_F(IniRead, TurnsWordsIntoValues)
 {
     static const SMINIEnumEntry kTable[] = {{"none", 100}, {"red", 1}, {"Green", 2}, {"blue", 4}, {"blue", 8}};
-    Put("[a]\none=GREEN\nfirst=none\ndouble=blue\npadded= red\nlist= blue ,RED,, other\nempty=\n");
-    struct {
+    Put("[a]\none=GREEN\nfirst=none\ndouble=blue\npadded= red\nlist= blue ,RED,, other\n");
+    const struct {
         const char *key;
         int32_t count;
         uint16_t multiple;
         uint32_t value;
-    } const cases[] = {
+    } cases[] = {
         {"one", 5, 0, 2},
         {"first", 5, 0, 100},
         {"double", 5, 0, 4},
         {"padded", 5, 0, 100},
-        {"empty", 5, 0, 100},
         {"missing", 5, 0, 1},
         {"first", 5, 1, 0},
         {"list", 5, 1, 5},
@@ -100,16 +180,11 @@ TEST_F(IniRead, TurnsWordsIntoValues)
         {"double", 3, 0, 100},
         {"missing", 5, 1, 1},
         {"one", 1, 0, SM_ENUM_UNREADABLE},
-        {"one", -5, 0, SM_ENUM_UNREADABLE},
         {nullptr, 5, 0, SM_ENUM_UNREADABLE},
     };
-    const char *const file = path.c_str();
     for (const auto &row : cases)
-        EXPECT_EQ(SMReadINIEnums32Value("a", row.key, kTable, row.count, row.multiple, file, 1), row.value)
+        EXPECT_EQ(SMReadINIEnums32Value("a", row.key, kTable, row.count, row.multiple, path.c_str(), 1), row.value)
             << &row - cases;
-    EXPECT_EQ(SMReadINIEnums32Value(nullptr, "one", kTable, 5, 0, file, 1), SM_ENUM_UNREADABLE);
-    EXPECT_EQ(SMReadINIEnums32Value("a", "one", nullptr, 5, 0, file, 1), SM_ENUM_UNREADABLE);
-    EXPECT_EQ(SMReadINIEnums32Value("a", "one", kTable, 5, 0, nullptr, 1), SM_ENUM_UNREADABLE);
 }
 
 TEST_F(IniRead, TakesTheLockOfTheFile)
@@ -125,7 +200,6 @@ TEST_F(IniRead, TakesTheLockOfTheFile)
         EXPECT_EQ(SMWriteINIPathFileValue("a", "k", 1, "2", 2, path.c_str(), 0), SM_STATUS_TIMEOUT);
     }
     ASSERT_EQ(Hold(F_UNLCK), 0);
-    EXPECT_EQ(Text("a", "k"), "1");
     std::filesystem::remove_all(locks);
     EXPECT_EQ(Text("a", "k"), "<4294967295>");
 }
@@ -134,23 +208,24 @@ TEST_F(IniRead, FindsFilesByNameBelowTheIniPath)
 {
     char dest[8] = "";
     uint32_t size = sizeof dest;
-    EXPECT_EQ(SMReadINIFileValue("a", "k", 1, dest, &size, nullptr, 0, "f", 1), SM_STATUS_FAILED);
-    EXPECT_EQ(SMWriteINIFileValue("a", "k", 1, "1", 2, "f", 1), SM_STATUS_FAILED);
-    setenv("gaugeworkinstallpath", folder.c_str(), 1);
-    uint32_t none = 0; // a place that is new since the attach is refused once
-    EXPECT_NE(SMGetPathByProductIDandType(SM_PRODUCT_DEFAULT, SM_PATH_INI, nullptr, &none), SM_STATUS_OK);
-    EXPECT_EQ(SMWriteINIFileValue("a", "k", INI_TYPE_UTF8, "text", 5, "f", 1), SM_STATUS_OK);
-    EXPECT_EQ(Get(folder + "/ini/f"), "[a]\nk=text\n");
-    EXPECT_EQ(SMReadINIFileValue("a", "k", INI_TYPE_UTF8, dest, &size, nullptr, 0, "f", 1), SM_STATUS_OK);
-    EXPECT_STREQ(dest, "text");
-
+    const auto read = [&](const std::string &name) {
+        return SMReadINIFileValue("a", "k", INI_TYPE_UTF8, dest, &(size = sizeof dest), nullptr, 0, name.c_str(), 1);
+    };
+    const auto write = [](const std::string &name) {
+        return SMWriteINIFileValue("a", "k", INI_TYPE_UTF8, "text", 5, name.c_str(), 1);
+    };
+    EXPECT_EQ(read("f"), SM_STATUS_FAILED);
+    EXPECT_EQ(write("f"), SM_STATUS_FAILED);
+    SetIniPath();
     // 10 bytes and terminator of the folder, 6, and the name: 256 at most.
-    const std::string longest(239, 'f'), tooLong(240, 'f');
-    size = sizeof dest;
-    EXPECT_EQ(SMReadINIFileValue("a", "k", 1, dest, &size, nullptr, 0, longest.c_str(), 1), SM_STATUS_INI_OPEN_FAILED);
-    EXPECT_EQ(SMReadINIFileValue("a", "k", 1, dest, &size, nullptr, 0, tooLong.c_str(), 1), SM_STATUS_BUFFER_TOO_SMALL);
-    EXPECT_EQ(SMWriteINIFileValue("a", "k", 1, nullptr, 0, longest.c_str(), 1), SM_STATUS_INI_BAD_VALUE);
-    EXPECT_EQ(SMWriteINIFileValue("a", "k", 1, nullptr, 0, tooLong.c_str(), 1), SM_STATUS_BUFFER_TOO_SMALL);
+    for (const std::string &name : {std::string("f"), std::string(239, 'f')}) {
+        EXPECT_EQ(write(name), SM_STATUS_OK);
+        EXPECT_EQ(read(name), SM_STATUS_OK);
+        EXPECT_STREQ(dest, "text");
+        EXPECT_EQ(Get(folder + "/ini/" + name), "[a]\nk=text\n");
+    }
+    EXPECT_EQ(read(std::string(240, 'f')), SM_STATUS_BUFFER_TOO_SMALL);
+    EXPECT_EQ(write(std::string(240, 'f')), SM_STATUS_BUFFER_TOO_SMALL);
 }
 
 } // namespace

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <qzvest/hashid.h>
 
+#include <array>
 #include <cstring>
 #include <random>
 #include <vector>
@@ -32,25 +33,11 @@ public:
 
     // What the scanning calls are to answer, bit by bit.
 
-    uint32_t Count(uint32_t word)
+    uint32_t Word(uint32_t index)
     {
-        uint32_t used = 0;
-        for (uint32_t bit = 0; bit < 32; ++bit)
-            used += Used(word * 32 + bit);
-        return used;
-    }
-
-    bool IsFull(uint32_t word)
-    {
-        return word == 0 ? Count(0) == 31 && !Used(0) : Count(word) == 32;
-    }
-
-    uint32_t LowestFree()
-    {
-        uint32_t id = 1;
-        while (id < words * 32 && Used(id))
-            ++id;
-        return id < words * 32 ? id : 0;
+        uint32_t word;
+        std::memcpy(&word, at() + index * 4, 4);
+        return word;
     }
 
     // The lowest free ID above all used ones of the last word that is partly used; else of the first empty one.
@@ -58,7 +45,7 @@ public:
     {
         uint32_t chosen = words;
         for (uint32_t word = 0; word < words; ++word)
-            if (!IsFull(word) && (Count(word) != 0 || chosen == words))
+            if (~Word(word) != (word == 0 ? 1 : 0) && (Word(word) != 0 || chosen == words)) // ID 0 is none
                 chosen = word;
         uint32_t candidate = 0;
         for (uint32_t id = chosen * 32 + 31; chosen < words && id > 0 && id / 32 == chosen; --id) {
@@ -70,11 +57,11 @@ public:
         return candidate;
     }
 
-    std::vector<uint32_t> Found()
+    std::vector<uint32_t> Select(bool used)
     {
         std::vector<uint32_t> ids;
         for (uint32_t id = 1; id < words * 32; ++id)
-            if (Used(id))
+            if (Used(id) == used)
                 ids.push_back(id);
         return ids;
     }
@@ -83,31 +70,27 @@ private:
     std::vector<uint8_t> area;
 };
 
-std::vector<uint32_t> FoundIn(Table &table)
-{
-    std::vector<uint32_t> ids;
-    uint32_t word = 77, bit = 77;
-    uint32_t id = SMFindFirstHashID(table.at(), table.bytes, &word, &bit);
-    for (; id != 0; id = SMFindNextHashID(table.at(), table.bytes, &word, &bit)) {
-        EXPECT_EQ(word * 32 + bit, id);
-        ids.push_back(id);
-    }
-    EXPECT_EQ(word * 32 + bit, ids.empty() ? 0 : ids.back()) << "the end leaves the place";
-    return ids;
-}
-
 void CheckScans(Table &table)
 {
-    const std::vector<uint32_t> found = table.Found();
-    const bool zeroAlone = table.words > 0 && table.Used(0) && table.Count(0) == 1; // told as it is, though no ID
+    const std::vector<uint32_t> found = table.Select(true);
+    const bool zeroAlone = table.words > 0 && table.Word(0) == 1; // told as it is, though no ID
     ASSERT_EQ(SMGetMinInUseID(table.at(), table.bytes), found.empty() || zeroAlone ? 0 : found.front());
     ASSERT_EQ(SMGetMaxInUseID(table.at(), table.bytes), found.empty() ? 0 : found.back());
-    ASSERT_EQ(FoundIn(table), found);
+    uint32_t word = 77, bit = 77;
+    uint32_t id = SMFindFirstHashID(table.at(), table.bytes, &word, &bit);
+    for (const uint32_t wanted : found) {
+        ASSERT_EQ(id, wanted);
+        ASSERT_EQ(word * 32 + bit, id);
+        id = SMFindNextHashID(table.at(), table.bytes, &word, &bit);
+    }
+    ASSERT_EQ(id, 0u);
+    ASSERT_EQ(word * 32 + bit, found.empty() ? 0 : found.back()) << "the end leaves the place";
 }
 
 void CheckAcquire(Table &table, uint32_t mode)
 {
-    const uint32_t wanted = mode == 0 ? table.LowestFree() : table.AboveTop();
+    const std::vector<uint32_t> unused = table.Select(false);
+    const uint32_t wanted = mode != 0 ? table.AboveTop() : unused.empty() ? 0 : unused.front();
     ASSERT_EQ(SMAcquireHashID(table.at(), table.bytes, 2), 0u); // there is no such mode
     ASSERT_EQ(SMAcquireHashID(table.at(), table.bytes, mode), wanted) << "mode " << mode;
     ASSERT_TRUE(wanted == 0 || table.Used(wanted));
@@ -153,19 +136,18 @@ TEST(HashID, DoesAsTheModelDoes)
 
 TEST(HashID, SizesAndPlaces)
 {
-    constexpr std::tuple<uint32_t, uint32_t, uint32_t, uint32_t, uint32_t> kCases[] = {
-        {0, 0, 31, 0, 31}, {0, 32, 64, 2, 0}, {1, UINT32_MAX, 64, 2, 0},
-        {3, 32, 0, 3, 32}, {4, 0, 0, 4, 0},   {UINT32_MAX, 0, 0, UINT32_MAX, 0},
-    };
     EXPECT_EQ(SMHashTableBytesNeeded(31), 4u);
     EXPECT_EQ(SMHashTableBytesNeeded(32), 8u);
     EXPECT_EQ(SMHashTableBytesNeeded(INT32_MAX), 1u << 28);
     const std::vector<uint32_t> words = {0x80000001, 0, 0x5, 0x18}; // IDs 0, 31, 64, 66, 99, 100
-    for (const auto &[givenWord, givenBit, id, newWord, newBit] : kCases) {
-        uint32_t word = givenWord, bit = givenBit;
-        EXPECT_EQ(SMFindNextHashID(words.data(), 16, &word, &bit), id) << givenWord << ' ' << givenBit;
-        EXPECT_EQ(std::pair(word, bit), std::pair(newWord, newBit)) << givenWord << ' ' << givenBit;
-    }
+    const auto next = [&](uint32_t word, uint32_t bit) {
+        const uint32_t id = SMFindNextHashID(words.data(), 16, &word, &bit);
+        return std::array{id, word, bit};
+    };
+    EXPECT_EQ(next(0, 32), (std::array{64u, 2u, 0u}));
+    EXPECT_EQ(next(1, UINT32_MAX), (std::array{64u, 2u, 0u}));
+    EXPECT_EQ(next(3, 32), (std::array{0u, 3u, 32u}));
+    EXPECT_EQ(next(UINT32_MAX, 0), (std::array{0u, UINT32_MAX, 0u}));
 }
 
 } // namespace

@@ -12,39 +12,31 @@
 
 // As the block's end lies on a page, its beginning takes every alignment as sizes vary.
 class Guarded {
+    const size_t page_ = static_cast<size_t>(sysconf(_SC_PAGESIZE)), size_, mapped_ = (size_ / page_ + 2) * page_;
+    char *const base_ =
+        static_cast<char *>(mmap(nullptr, mapped_, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0));
+
 public:
+    char *const bytes = base_ + mapped_ - page_ - size_;
+
     explicit Guarded(size_t size) : size_(size)
     {
-        const size_t page = static_cast<size_t>(sysconf(_SC_PAGESIZE));
-        mapped_ = (size + page - 1) / page * page + page;
-        void *base = mmap(nullptr, mapped_, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-        if (base == MAP_FAILED || mprotect(static_cast<char *>(base) + mapped_ - page, page, PROT_NONE) != 0)
+        if (base_ == MAP_FAILED || mprotect(bytes + size, page_, PROT_NONE) != 0)
             std::abort();
-        base_ = static_cast<char *>(base);
-        bytes_ = base_ + mapped_ - page - size;
     }
     explicit Guarded(const std::string &content) : Guarded(content.size())
     {
-        memcpy(bytes_, content.data(), content.size());
+        memcpy(bytes, content.data(), content.size());
     }
     Guarded(const Guarded &) = delete;
     ~Guarded()
     {
         munmap(base_, mapped_);
     }
-
-    char *Bytes() const
-    {
-        return bytes_;
-    }
     std::string Content() const
     {
-        return {bytes_, size_};
+        return {bytes, size_};
     }
-
-private:
-    size_t size_, mapped_;
-    char *base_, *bytes_;
 };
 
 inline std::string RandomBytes(std::mt19937 &random, size_t size)

@@ -2,7 +2,9 @@
 
 #include <gtest/gtest.h>
 
-#include <cstring>
+#include <algorithm>
+#include <array>
+#include <functional>
 #include <random>
 
 #include "digest/crc32.h"
@@ -37,8 +39,7 @@ void TransformByRoutines(uint32_t *state, const uint32_t *words)
         {qzvest::RFC1321StepH, 5, 3, {4, 11, 16, 23}},
         {qzvest::RFC1321StepI, 0, 7, {6, 10, 15, 21}},
     };
-    uint32_t v[4] = {state[0], state[1], state[2], state[3]};
-    uint32_t number = 1;
+    uint32_t v[4] = {state[0], state[1], state[2], state[3]}, number = 1;
     for (const auto &round : kRounds) {
         for (uint32_t i = 0; i < 16; ++i, ++number) {
             const uint32_t a = (16 - i) % 4; // the roles go round
@@ -55,15 +56,13 @@ TEST(RFC1321Transform, AgreesWithTheStepRoutines)
     std::mt19937 random(67);
     EXPECT_EQ(qzvest::RFC1321RotateLeft(0x80000001, 4), 0x00000018u);
     for (int round = 0; round < 200; ++round) {
-        uint32_t words[32], unrolled[4], stepped[4];
-        for (uint32_t &word : words)
-            word = static_cast<uint32_t>(random());
-        for (int i = 0; i < 4; ++i)
-            unrolled[i] = stepped[i] = static_cast<uint32_t>(random());
-        qzvest::RFC1321Transform(unrolled, reinterpret_cast<const uint8_t *>(words), 2);
-        TransformByRoutines(stepped, words);
-        TransformByRoutines(stepped, words + 16);
-        ASSERT_EQ(memcmp(unrolled, stepped, sizeof unrolled), 0);
+        std::array<uint32_t, 36> words; // the state stands behind two blocks
+        std::generate(words.begin(), words.end(), std::ref(random));
+        auto stepped = words;
+        qzvest::RFC1321Transform(&words[32], reinterpret_cast<const uint8_t *>(words.data()), 2);
+        TransformByRoutines(&stepped[32], &stepped[0]);
+        TransformByRoutines(&stepped[32], &stepped[16]);
+        ASSERT_EQ(words, stepped);
     }
 }
 

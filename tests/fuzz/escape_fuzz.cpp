@@ -1,11 +1,7 @@
 // The escape beside a plain walk over the bytes. The input is a byte of passes, a byte of estimate and the text.
 
-#include <cstdint>
-#include <cstdlib>
-#include <cstring>
-#include <string>
-
 #include "frame/heap.h"
+#include "tests/fuzz/input.h"
 #include "text/xmlescape.h"
 
 namespace {
@@ -22,12 +18,6 @@ std::string Model(const std::string &text)
         result += isKept ? text.substr(i, 1) : references[specials.find(text[i])];
     }
     return result;
-}
-
-void Require(bool holds)
-{
-    if (!holds)
-        __builtin_trap();
 }
 
 } // namespace

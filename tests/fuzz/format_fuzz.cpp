@@ -1,22 +1,14 @@
 // Any format, piece by piece: each piece is plain text up to the end of a conversion, and gets the arguments that it
 // takes. What comes out has to be the same in any room.
 #include <cstdarg>
-#include <cstdint>
-#include <cstring>
 #include <memory>
-#include <string>
 
+#include "tests/fuzz/input.h"
 #include "text/format.h"
 
 namespace {
 
 constexpr uint32_t kAmple = 1 << 16;
-
-void Require(bool holds)
-{
-    if (!holds)
-        __builtin_trap();
-}
 
 uint32_t Print(char *destination, uint32_t size, const char *format, ...)
 {

@@ -40,7 +40,10 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     const MemoryFile file(content);
 
     qzvest::HeapPtr<char> value;
-    const uint32_t status = qzvest::RegistrationFileKeyRead(file.path.c_str(), key.c_str(), value);
+    qzvest::RegistrationFile registration(file.path.c_str());
+    (void)registration.Read("another", value);
+    value.reset();
+    const uint32_t status = registration.Read(key.c_str(), value);
     const std::optional<std::string> expected = Expected(content, key);
     Require(status == (expected ? SM_STATUS_OK : SM_STATUS_NOT_FOUND));
     Require(expected ? *expected == value.get() : !value);

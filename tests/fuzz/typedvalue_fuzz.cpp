@@ -2,20 +2,12 @@
 
 #include <qzvest/status.h>
 
-#include <cstdint>
-#include <cstring>
-#include <string>
 #include <vector>
 
+#include "tests/fuzz/input.h"
 #include "values/typedvalue.h"
 
 namespace {
-
-void Require(bool holds)
-{
-    if (!holds)
-        __builtin_trap();
-}
 
 uint32_t FromText(std::vector<char> text, void *value, uint32_t *size, uint32_t word) // a copy: it may be altered
 {
@@ -42,6 +34,12 @@ void ToText(const std::vector<char> &value, uint32_t word)
         return;
     size = isAddress ? 16 : size;
     std::vector<char> text(size);
+    if (!isAddress && (word & 0xFF) != 14) { // whose transcoder leaves the word
+        uint32_t little = size - 1;
+        Require(qzvest::SMXLTTypeValueToUTF8(value.data(), valueSize, text.data(), &little, word) ==
+                SM_STATUS_BUFFER_TOO_SMALL);
+        Require(little == size && text == std::vector<char>(size));
+    }
     status = qzvest::SMXLTTypeValueToUTF8(value.data(), valueSize, text.data(), &size, word);
     if (status == SM_STATUS_FAILED)
         return; // a time
@@ -73,7 +71,12 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
                 continue;
             std::vector<char> value(needed);
             char none; // an empty vector has no address
-            uint32_t valueSize = needed;
+            uint32_t valueSize = needed - 1;
+            if (needed != 0) {
+                Require(FromText(text, value.data(), &valueSize, word) == SM_STATUS_BUFFER_TOO_SMALL);
+                Require(valueSize == (type == 14 ? needed - 1 : needed)); // which the transcoder leaves as it is
+            }
+            valueSize = needed;
             const uint32_t status = FromText(text, needed != 0 ? value.data() : &none, &valueSize, word);
             Require(status != SM_STATUS_BUFFER_TOO_SMALL && valueSize == needed);
             if (status == SM_STATUS_OK && needed != 0)

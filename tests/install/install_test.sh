@@ -1,17 +1,18 @@
 #!/bin/sh
-# install_test.sh BUILD - the library as its users get it: built without any option where neither GoogleTest nor
-# Google Benchmark is to be found, installed below BUILD/prefix, and used from there by pkg-config and by CMake.
+# install_test.sh BUILT WORK - the library as its users get it: it is configured without any option where neither
+# GoogleTest nor Google Benchmark is to be found, and what lies in BUILT is installed below WORK/prefix, to be used from
+# there by pkg-config and by CMake.
 set -eu
 source=$(cd "$(dirname "$0")/../.." && pwd)
-mkdir -p "$1"
-build=$(cd "$1" && pwd)
+built=$1
+mkdir -p "$2"
+build=$(cd "$2" && pwd)
 prefix=$build/prefix
-rm -rf "$prefix" "$build/consumer"
+rm -rf "$prefix" "$build/consumer" "$build/plain"
 
-cmake -S "$source" -B "$build" -G Ninja -DCMAKE_INSTALL_PREFIX="$prefix" \
+cmake -S "$source" -B "$build/plain" -G Ninja \
     -DCMAKE_DISABLE_FIND_PACKAGE_GTest=ON -DCMAKE_DISABLE_FIND_PACKAGE_benchmark=ON
-cmake --build "$build"
-cmake --install "$build"
+cmake --install "$built" --prefix "$prefix"
 
 PKG_CONFIG_LIBDIR=$(dirname "$(find "$prefix" -name qzvest.pc)")
 export PKG_CONFIG_LIBDIR

@@ -3,40 +3,27 @@
 #ifndef TESTS_IPC_LOCK_FIXTURE_H
 #define TESTS_IPC_LOCK_FIXTURE_H
 
-#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <linux/capability.h>
 #include <sched.h>
-#include <sys/ipc.h>
 #include <sys/sem.h>
 #include <sys/shm.h>
-#include <sys/stat.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
-#include <unistd.h>
 
+#include <atomic>
 #include <csignal>
-#include <filesystem>
-#include <fstream>
 #include <functional>
-#include <iterator>
-#include <string>
+#include <memory>
+#include <thread>
+
+#include "os/folder.h"
+#include "support/trace.h"
 
 const std::string kIpcFolder = "/var/run/qz/.ipc";
 const std::string kRegistry = kIpcFolder + "/.lxvestIPCini";
-constexpr const char *kDigestOfX = "D59C7440D368FAED532F6FB6CDDD865F";
 constexpr key_t kFirstKey = 300001; // of the first name
 constexpr uint32_t kLong = 600000;
-
-// Access masks and the modes that they stand for, each right of each class alone.
-constexpr struct {
-    uint32_t mask;
-    mode_t mode;
-} kAccessModes[] = {
-    {0xFFFFFFFF, 0664}, {0, 0600},          {0x00000100, 0007}, {0x00000200, 0004}, {0x00000400, 0002},
-    {0x00000800, 0001}, {0x00010000, 0070}, {0x00020000, 0040}, {0x00040000, 0020}, {0x00080000, 0010},
-    {0x01000000, 0700}, {0x02000000, 0400}, {0x04000000, 0200}, {0x08000000, 0100}, {0x06060200, 0664},
-};
 
 class NamedObjects : public testing::Test {
 protected:
@@ -48,11 +35,14 @@ protected:
     }
 };
 
-inline std::string Content(const std::string &path)
-{
-    std::ifstream file(path, std::ios::binary);
-    return file ? std::string{std::istreambuf_iterator<char>(file), {}} : "(missing)";
-}
+// For handles that a unique_ptr holds.
+template <auto kEnd>
+struct Ends {
+    void operator()(auto *handle) const
+    {
+        kEnd(handle);
+    }
+};
 
 inline int SetsInUse()
 {
@@ -65,6 +55,11 @@ inline int SetOf(key_t key)
     return semget(key, 0, 0);
 }
 
+inline int UnitsOf(int set)
+{
+    return semctl(set, 0, GETVAL);
+}
+
 inline semid_ds StatusOf(int set)
 {
     semid_ds status = {};
@@ -72,14 +67,34 @@ inline semid_ds StatusOf(int set)
     return status;
 }
 
-// Comes back when somebody waits on the set.
-inline void AwaitWaiter(int set)
+inline mode_t ModeOfSet(int set)
 {
-    while (semctl(set, 0, GETNCNT) == 0)
-        sched_yield();
+    return StatusOf(set).sem_perm.mode & 0777;
 }
 
-// From here on this process has the rights of its user alone.
+// Not sched_yield: a test may have one of its own.
+inline void LetOthersRun()
+{
+    (void)syscall(SYS_sched_yield);
+}
+
+// Comes back when so many wait on the set, and there is nothing for them.
+inline void AwaitWaiters(int set, int count)
+{
+    while (semctl(set, 0, GETNCNT) != count || UnitsOf(set) != 0)
+        LetOthersRun();
+}
+
+// What processes tell each other.
+using Step = Shared<std::atomic<int>>;
+
+inline void Await(const Step &step, int number)
+{
+    while (*step < number)
+        LetOthersRun();
+}
+
+// From here on this thread has the rights of its user alone.
 inline bool DropCapabilities()
 {
     __user_cap_header_struct head = {_LINUX_CAPABILITY_VERSION_3, 0};
@@ -88,71 +103,33 @@ inline bool DropCapabilities()
 }
 
 // A child; killed at the end if it is still there.
-class Process {
-public:
-    explicit Process(const std::function<int()> &work) : id_(fork())
+struct Process {
+    explicit Process(const std::function<int()> &work) : id(fork())
     {
-        if (id_ == 0)
+        if (id == 0)
             _exit(work());
     }
+    Process(const Process &) = delete;
     ~Process()
     {
-        if (id_ > 0)
-            Kill();
+        Kill();
     }
-    Process(const Process &) = delete;
-    Process &operator=(const Process &) = delete;
 
     // What the work returned, -1 when it was killed.
     int Wait()
     {
         int status = 0;
-        while (waitpid(id_, &status, 0) < 0 && errno == EINTR) {
-        }
-        id_ = -1;
-        return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+        const pid_t child = std::exchange(id, 0);
+        return child != 0 && waitpid(child, &status, 0) == child && WIFEXITED(status) ? WEXITSTATUS(status) : -1;
     }
     void Kill()
     {
-        kill(id_, SIGKILL);
+        if (id != 0)
+            (void)kill(id, SIGKILL);
         (void)Wait();
     }
-    void Interrupt() const
-    {
-        kill(id_, SIGUSR1);
-    }
 
-private:
-    pid_t id_;
-};
-
-// One process tells another that something has come to pass.
-class Signal {
-public:
-    Signal()
-    {
-        EXPECT_EQ(pipe2(ends_, O_CLOEXEC), 0);
-    }
-    ~Signal()
-    {
-        close(ends_[0]);
-        close(ends_[1]);
-    }
-    Signal(const Signal &) = delete;
-    Signal &operator=(const Signal &) = delete;
-
-    void Give() const
-    {
-        EXPECT_EQ(write(ends_[1], "", 1), 1);
-    }
-    void Await() const
-    {
-        char byte;
-        EXPECT_EQ(read(ends_[0], &byte, 1), 1);
-    }
-
-private:
-    int ends_[2];
+    pid_t id;
 };
 
 // A work that leaves its status for the exit code.

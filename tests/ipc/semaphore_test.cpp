@@ -1,10 +1,7 @@
-// Semaphores of one process and of all that know a name.
+// Semaphores and events, of one process and of all that know a name, and the handles that no lock takes for its own.
 
 #include <qzvest/qzvest.h>
 
-#include <atomic>
-#include <memory>
-#include <thread>
 #include <vector>
 
 #include "ipc/lock_fixture.h"
@@ -14,109 +11,134 @@ namespace {
 constexpr int32_t kMost = 32767;
 constexpr const char *kBothForms[] = {nullptr, "X"};
 
-struct SemaphoreEnd {
-    void operator()(SMSemaphore *semaphore) const
-    {
-        SMSemaphoreDestroy(semaphore);
-    }
-};
-using Semaphore = std::unique_ptr<SMSemaphore, SemaphoreEnd>;
+using Semaphore = std::unique_ptr<SMSemaphore, Ends<SMSemaphoreDestroy>>;
+using Event = std::unique_ptr<SMEvent, Ends<SMEventDestroy>>;
+using Handles = NamedObjects;
+using Semaphores = NamedObjects;
+using Events = NamedObjects;
 
-class Semaphores : public NamedObjects {};
-
-TEST_F(Semaphores, CountDownAndUp)
+template <auto kCall, typename Handle, auto... kMore>
+auto With(void *handle)
 {
-    for (const char *name : kBothForms) {
-        for (const uint32_t count : {32768u, 0x80000000u, 0xFFFFFFFFu})
-            EXPECT_EQ(SMSemaphoreCreate(name, count), nullptr) << count;
-        const Semaphore semaphore(SMSemaphoreCreate(name, 2));
-        ASSERT_NE(semaphore, nullptr);
-        for (const uint32_t timeoutMs : {0u, SM_WAIT_FOREVER, 3u, kLong}) {
-            int32_t previous = 77;
-            EXPECT_EQ(SMSemaphoreAcquireWait(semaphore.get(), timeoutMs), SM_STATUS_OK) << timeoutMs;
-            EXPECT_EQ(SMSemaphoreAcquireWait(semaphore.get(), timeoutMs), SM_STATUS_OK) << timeoutMs;
-            for (const uint32_t shortMs : {0u, 1u, 3u})
-                EXPECT_EQ(SMSemaphoreAcquireWait(semaphore.get(), shortMs), SM_STATUS_TIMEOUT);
-            for (const int32_t count : {0, -1, INT32_MIN, kMost + 1, INT32_MAX})
-                EXPECT_EQ(SMSemaphoreRelease(semaphore.get(), count, &previous), SM_STATUS_INVALID_PARAMETER) << count;
-            EXPECT_EQ(previous, 77);
-            EXPECT_EQ(SMSemaphoreRelease(semaphore.get(), 1, &previous), SM_STATUS_OK);
-            EXPECT_EQ(previous, 0);
-            EXPECT_EQ(SMSemaphoreRelease(semaphore.get(), 1, &previous), SM_STATUS_OK);
-            EXPECT_EQ(previous, 1);
-        }
-    }
-    const Semaphore anonymous(SMSemaphoreCreate_s(nullptr, 0, 77));
-    for (const uint32_t negativeMs : {0x80000000u, 0xFFFFFFFEu})
-        EXPECT_EQ(SMSemaphoreAcquireWait(anonymous.get(), negativeMs), SM_STATUS_TIMEOUT);
+    return kCall(static_cast<Handle *>(handle), kMore...);
 }
 
-TEST_F(Semaphores, OnlyNamedOnesHaveACeiling)
+TEST_F(Handles, OfOtherKindsAreRefused)
+{
+    void *const own[] = {SMMutexCreate(nullptr), SMSemaphoreCreate(nullptr, 1), SMEventCreate(nullptr, 1, 1),
+                         SMRWLCreate(nullptr), SMSharedMemCreate("X", 1)};
+    constexpr struct {
+        size_t kind;
+        uint32_t (*call)(void *);
+    } kCalls[] = {{0, With<SMMutexLock, SMMutex, 0u>},
+                  {0, With<SMMutexUnLock, SMMutex>},
+                  {1, With<SMSemaphoreAcquireWait, SMSemaphore, 0u>},
+                  {1, With<SMSemaphoreRelease, SMSemaphore, 1, nullptr>},
+                  {2, With<SMEventWait, SMEvent, 0u>},
+                  {2, With<SMEventSet, SMEvent>},
+                  {2, With<SMEventReset, SMEvent>},
+                  {3, With<SMRWLReadLockGet, SMRWL, 0u>}};
+    constexpr struct {
+        size_t kind;
+        void (*call)(void *);
+    } kEnds[] = {{3, With<SMRWLReadLockRelease, SMRWL>},
+                 {0, With<SMMutexDestroy, SMMutex>},
+                 {1, With<SMSemaphoreDestroy, SMSemaphore>},
+                 {2, With<SMEventDestroy, SMEvent>},
+                 {3, With<SMRWLDestroy, SMRWL>},
+                 {4, With<SMSharedMemFree, SMSharedMem>}};
+    for (size_t kind = 0; kind < std::size(own); ++kind) {
+        for (const auto &c : kCalls)
+            EXPECT_EQ(c.kind == kind ? SM_STATUS_BAD_FORMAT : c.call(own[kind]), SM_STATUS_BAD_FORMAT) << &c - kCalls;
+        for (const auto &c : kEnds)
+            c.call(c.kind == kind ? nullptr : own[kind]);
+    }
+    EXPECT_EQ(SMSharedMemGetAddressPtr(static_cast<SMSharedMem *>(own[0])), nullptr);
+    for (const auto &c : kCalls) { // still there
+        EXPECT_EQ(c.call(nullptr), SM_STATUS_INVALID_PARAMETER) << &c - kCalls;
+        EXPECT_EQ(c.call(own[c.kind]), SM_STATUS_OK) << &c - kCalls;
+    }
+    for (const auto &c : kEnds)
+        c.call(own[c.kind]);
+}
+
+TEST_F(Semaphores, CountDownAndUpToACeilingWhenNamed)
 {
     for (const char *name : kBothForms) {
-        const Semaphore full(SMSemaphoreCreate(name, static_cast<uint32_t>(kMost) - 2));
-        ASSERT_NE(full, nullptr);
-        int32_t previous = 77;
-        EXPECT_EQ(SMSemaphoreRelease(full.get(), kMost, &previous), name != nullptr ? SM_STATUS_FAILED : SM_STATUS_OK);
-        EXPECT_EQ(previous, kMost - 2);
-        (void)SMSemaphoreRelease(full.get(), 1, &previous);
+        for (const uint32_t count : {32768u, 0xFFFFFFFFu})
+            EXPECT_EQ(SMSemaphoreCreate(name, count), nullptr) << count;
+        Semaphore semaphore(SMSemaphoreCreate(name, 2));
+        int32_t previous = -1;
+        for (const uint32_t timeoutMs : {0u, SM_WAIT_FOREVER, 3u, kLong}) {
+            for (int i = 0; i < 2; ++i)
+                EXPECT_EQ(SMSemaphoreAcquireWait(semaphore.get(), timeoutMs), SM_STATUS_OK) << timeoutMs;
+            for (const uint32_t shortMs : {0u, 3u})
+                EXPECT_EQ(SMSemaphoreAcquireWait(semaphore.get(), shortMs), SM_STATUS_TIMEOUT);
+            for (const int32_t count : {0, INT32_MIN, kMost + 1})
+                EXPECT_EQ(SMSemaphoreRelease(semaphore.get(), count, nullptr), SM_STATUS_INVALID_PARAMETER) << count;
+            for (const int32_t before : {0, 1}) {
+                EXPECT_EQ(SMSemaphoreRelease(semaphore.get(), 1, &previous), SM_STATUS_OK);
+                EXPECT_EQ(previous, before);
+            }
+        }
+        semaphore.reset(); // before the name gets another
+        semaphore.reset(SMSemaphoreCreate(name, static_cast<uint32_t>(kMost) - 2));
+        EXPECT_EQ(SMSemaphoreRelease(semaphore.get(), kMost, nullptr), name ? SM_STATUS_FAILED : SM_STATUS_OK);
+        (void)SMSemaphoreRelease(semaphore.get(), 1, &previous);
         EXPECT_EQ(previous, name != nullptr ? kMost : 2 * kMost - 2);
     }
     EXPECT_NE(Semaphore(SMSemaphoreCreate("X", kMost)), nullptr);
+    const Semaphore anonymous(SMSemaphoreCreate_s(nullptr, 0, 77));
+    EXPECT_EQ(SMSemaphoreAcquireWait(anonymous.get(), 0xFFFFFFFE), SM_STATUS_TIMEOUT);
 }
 
-TEST_F(Semaphores, HandlesOfOtherKindsAreRefused)
-{
-    SMMutex *mutex = SMMutexCreate(nullptr);
-    SMEvent *event = SMEventCreate(nullptr, 1, 1);
-    const struct {
-        void *handle;
-        uint32_t status;
-    } cases[] = {{nullptr, SM_STATUS_INVALID_PARAMETER}, {mutex, SM_STATUS_BAD_FORMAT}, {event, SM_STATUS_BAD_FORMAT}};
-    for (const auto &c : cases) {
-        auto *handle = static_cast<SMSemaphore *>(c.handle);
-        EXPECT_EQ(SMSemaphoreAcquireWait(handle, 0), c.status);
-        EXPECT_EQ(SMSemaphoreRelease(handle, 1, nullptr), c.status);
-        EXPECT_EQ(SMSemaphoreRelease(handle, 0, nullptr), SM_STATUS_INVALID_PARAMETER);
-        SMSemaphoreDestroy(handle);
-    }
-    EXPECT_EQ(SMEventWait(event, 0), SM_STATUS_OK);
-    SMEventDestroy(event);
-    SMMutexDestroy(mutex);
-}
-
-// Comes back when the thread, which is about to wait, does so.
-void AwaitSleep(const std::atomic<pid_t> &thread)
-{
-    while (thread == 0)
-        sched_yield();
-    const std::string path = "/proc/self/task/" + std::to_string(thread) + "/stat";
-    while (Content(path).find(") S ") == std::string::npos)
-        sched_yield();
-}
-
-TEST_F(Semaphores, WaitersAreWokenInAnyForm)
+TEST_F(Semaphores, WaitingThreadsAreWoken)
 {
     for (const char *name : kBothForms) {
         const Semaphore semaphore(SMSemaphoreCreate(name, 0));
-        std::vector<uint32_t> statuses(4, 77);
-        std::atomic<pid_t> started;
-        std::vector<std::thread> threads;
-        for (uint32_t &status : statuses) {
-            started = 0;
-            threads.emplace_back([&] {
+        std::vector<std::jthread> threads;
+        for (const uint32_t timeoutMs : {kLong, SM_WAIT_FOREVER, SM_WAIT_FOREVER, SM_WAIT_FOREVER}) {
+            std::atomic<pid_t> started = 0;
+            threads.emplace_back([&semaphore, &started, timeoutMs] {
                 started = gettid();
-                const uint32_t timeoutMs = &status == statuses.data() ? kLong : SM_WAIT_FOREVER;
-                status = SMSemaphoreAcquireWait(semaphore.get(), timeoutMs);
+                EXPECT_EQ(SMSemaphoreAcquireWait(semaphore.get(), timeoutMs), SM_STATUS_OK);
             });
-            AwaitSleep(started);
+            while (started == 0 ||
+                   Content("/proc/self/task/" + std::to_string(started) + "/stat").find(") S ") == std::string::npos)
+                LetOthersRun();
         }
         for (const int32_t count : {1, 3})
             EXPECT_EQ(SMSemaphoreRelease(semaphore.get(), count, nullptr), SM_STATUS_OK);
-        for (std::thread &thread : threads)
-            thread.join();
-        EXPECT_EQ(statuses, std::vector<uint32_t>(4, SM_STATUS_OK));
+        threads.clear();
         EXPECT_EQ(SMSemaphoreAcquireWait(semaphore.get(), 0), SM_STATUS_TIMEOUT);
+    }
+}
+
+TEST_F(Semaphores, WaitsOfProcessesEndWithTheObjectButNotBySignals)
+{
+#if defined(__SANITIZE_THREAD__)
+    GTEST_SKIP() << "the race detector holds signals back while a call waits";
+#endif
+    static const Step handlerRuns;
+    for (const uint32_t timeoutMs : {SM_WAIT_FOREVER, kLong}) {
+        Event event(SMEventCreate("X", 0, 0));
+        const int set = SetOf(kFirstKey);
+        const auto wait = [=] {
+            signal(SIGUSR1, [](int) { ++*handlerRuns; });
+            return Code(SMEventWait(SMEventOpen("X"), timeoutMs));
+        };
+        Process passes(wait);
+        AwaitWaiters(set, 1);
+        const int before = *handlerRuns;
+        kill(passes.id, SIGUSR1);
+        Await(handlerRuns, before + 1);
+        AwaitWaiters(set, 1); // again
+        EXPECT_EQ(SMEventSet(event.get()), SM_STATUS_OK);
+        EXPECT_EQ(passes.Wait(), 0) << timeoutMs;
+        Process fails(wait);
+        AwaitWaiters(set, 1);
+        event.reset();
+        EXPECT_EQ(fails.Wait(), kFailedCode) << timeoutMs;
     }
 }
 
@@ -126,100 +148,86 @@ TEST_F(Semaphores, ANameLivesUntilACreatorEndsIt)
         EXPECT_EQ(SMSemaphoreOpen(name), nullptr);
     EXPECT_EQ(SMSemaphoreCreate("", 0), nullptr);
     const std::string registry = Content(kRegistry);
+    umask(077);
     EXPECT_EQ(Process([] { return SMSemaphoreCreate("X", 3) != nullptr ? 0 : 1; }).Wait(), 0); // dies with it
     const int set = SetOf(kFirstKey);
-    EXPECT_EQ(semctl(set, 0, GETVAL), 3);
+    EXPECT_EQ(UnitsOf(set), 3);
     EXPECT_EQ(StatusOf(set).sem_nsems, 1u);
-
-    Semaphore creator(SMSemaphoreCreate("X", 10)); // joins
+    Semaphore creator(SMSemaphoreCreate_s("X", 10, 0)); // joins
+    EXPECT_EQ(ModeOfSet(set), 0664u);
     Semaphore opener(SMSemaphoreOpen("X"));
     EXPECT_EQ(SMSemaphoreAcquireWait(opener.get(), 0), SM_STATUS_OK);
-    EXPECT_EQ(semctl(set, 0, GETVAL), 2);
-    opener.reset();
-    EXPECT_EQ(SMSemaphoreAcquireWait(creator.get(), 0), SM_STATUS_OK);
+    EXPECT_EQ(UnitsOf(set), 2);
     opener.reset(SMSemaphoreOpen("X"));
+    EXPECT_EQ(SMSemaphoreAcquireWait(creator.get(), 0), SM_STATUS_OK);
     creator.reset();
-    EXPECT_EQ(SetsInUse(), 0);
     EXPECT_EQ(SMSemaphoreOpen("X"), nullptr);
     int32_t previous = 77;
     EXPECT_EQ(SMSemaphoreAcquireWait(opener.get(), 0), SM_STATUS_FAILED);
     EXPECT_EQ(SMSemaphoreRelease(opener.get(), 1, &previous), SM_STATUS_FAILED);
     EXPECT_EQ(previous, -1);
     EXPECT_EQ(Content(kRegistry), registry) << "the name keeps its key";
-}
 
-TEST_F(Semaphores, EndUnderAWaiter)
-{
-    for (const uint32_t timeoutMs : {SM_WAIT_FOREVER, kLong, 0xFFFFFFFEu}) {
-        Semaphore semaphore(SMSemaphoreCreate("X", 0));
-        Process waiter([&] { return Code(SMSemaphoreAcquireWait(SMSemaphoreOpen("X"), timeoutMs)); });
-        AwaitWaiter(SetOf(kFirstKey));
-        semaphore.reset();
-        EXPECT_EQ(waiter.Wait(), kFailedCode) << timeoutMs;
-    }
-}
-
-const Signal *handlerRuns;
-
-TEST_F(Semaphores, SignalsDoNotEndAWait)
-{
-#if defined(__SANITIZE_THREAD__)
-    GTEST_SKIP() << "the race detector holds signals back while a call waits";
-#endif
-    const Semaphore semaphore(SMSemaphoreCreate("X", 0));
-    for (const uint32_t timeoutMs : {SM_WAIT_FOREVER, kLong}) {
-        const Signal interrupted;
-        handlerRuns = &interrupted;
-        Process waiter([&] {
-            struct sigaction action = {};
-            action.sa_handler = [](int) { handlerRuns->Give(); };
-            sigaction(SIGUSR1, &action, nullptr);
-            return Code(SMSemaphoreAcquireWait(semaphore.get(), timeoutMs));
-        });
-        AwaitWaiter(SetOf(kFirstKey));
-        waiter.Interrupt();
-        interrupted.Await();
-        AwaitWaiter(SetOf(kFirstKey)); // again
-        EXPECT_EQ(SMSemaphoreRelease(semaphore.get(), 1, nullptr), SM_STATUS_OK);
-        EXPECT_EQ(waiter.Wait(), 0) << timeoutMs;
-    }
-}
-
-TEST_F(Semaphores, AccessMasksAreModes)
-{
-    for (const mode_t mask : {0, 077}) {
-        const mode_t before = umask(mask);
-        for (const auto &row : kAccessModes) {
-            const Semaphore semaphore(SMSemaphoreCreate_s("X", 1, row.mask));
-            const int set = SetOf(kFirstKey);
-            EXPECT_EQ(StatusOf(set).sem_perm.mode & 0777, row.mode) << std::hex << row.mask;
-            EXPECT_EQ(semctl(set, 0, GETVAL), 1);
-            const Semaphore joined(SMSemaphoreCreate("X", 1));
-            EXPECT_EQ(StatusOf(set).sem_perm.mode & 0777, row.mode) << "of a set that is there";
-        }
-        const Semaphore plain(SMSemaphoreCreate("X", 1));
-        EXPECT_EQ(StatusOf(SetOf(kFirstKey)).sem_perm.mode & 0777, 0664);
-        umask(before);
-    }
-    const auto withoutRights = [] {
-        SMSemaphore *made = DropCapabilities() ? SMSemaphoreCreate_s("X", 1, 1) : nullptr;
-        const bool refused = SMSemaphoreAcquireWait(made, 0) == SM_STATUS_FAILED &&
-                             SMSemaphoreRelease(made, 1, nullptr) == SM_STATUS_FAILED;
-        return refused && SMSemaphoreCreate("X", 1) == nullptr && SMSemaphoreOpen("X") == nullptr ? 0 : 1;
-    };
-    EXPECT_EQ(Process(withoutRights).Wait(), 0);
-}
-
-TEST_F(Semaphores, NamesNeedTheIpcDirectory)
-{
     std::filesystem::remove_all(kIpcFolder);
     EXPECT_EQ(SMSemaphoreCreate("X", 1), nullptr);
-    EXPECT_EQ(SMSemaphoreOpen("X"), nullptr);
-    EXPECT_EQ(SMEventCreate("X", 0, 0), nullptr);
     EXPECT_EQ(SMEventOpen("X"), nullptr);
-    EXPECT_NE(Semaphore(SMSemaphoreCreate(nullptr, 1)), nullptr);
     EXPECT_EQ(SetsInUse(), 0);
-    EXPECT_FALSE(std::filesystem::exists(kIpcFolder));
+}
+
+// How many waits pass, of at most this many.
+int Passes(SMEvent *event, int most = 4)
+{
+    int passes = 0;
+    while (passes < most && SMEventWait(event, 0) == SM_STATUS_OK)
+        ++passes;
+    return passes;
+}
+
+TEST_F(Events, StaySetByTheirKind)
+{
+    constexpr std::tuple<uint16_t, uint16_t, int, int> kCases[] = {
+        {0, 0, 0, 0}, {0, 1, 0, 1}, {0, 1, 3, 1}, {1, 0, 0, 0}, {1, 1, 0, 4}, {1, 0, 3, 4}, {2, 2, 0, 0}};
+    for (const char *name : kBothForms)
+        for (const auto &[manualReset, initiallySet, sets, passes] : kCases) {
+            const Event event(SMEventCreate(name, manualReset, initiallySet));
+            for (int i = 0; i < sets; ++i)
+                EXPECT_EQ(SMEventSet(event.get()), SM_STATUS_OK);
+            EXPECT_EQ(Passes(event.get()), passes) << manualReset << ' ' << initiallySet << ' ' << sets;
+            EXPECT_EQ(SMEventReset(event.get()), SM_STATUS_OK);
+            EXPECT_EQ(SMEventWait(event.get(), 2), SM_STATUS_TIMEOUT);
+            EXPECT_EQ(SMEventSet(event.get()), SM_STATUS_OK);
+            EXPECT_EQ(SMEventWait(event.get(), SM_WAIT_FOREVER), SM_STATUS_OK);
+        }
+    const Event full(SMEventCreate("X", 0, 1));
+    EXPECT_EQ(semctl(SetOf(kFirstKey), 0, SETVAL, kMost), 0);
+    EXPECT_EQ(SMEventSet(full.get()), SM_STATUS_FAILED);
+    EXPECT_EQ(Passes(full.get()), 1);
+}
+
+TEST_F(Events, TheSetTellsItsKindToOpeners)
+{
+    for (const char *name : {static_cast<const char *>(nullptr), "", "X"})
+        EXPECT_EQ(SMEventOpen(name), nullptr);
+    EXPECT_EQ(SMEventCreate("", 1, 1), nullptr);
+    for (const uint16_t manualReset : {uint16_t{1}, uint16_t{0}, uint16_t{2}}) {
+        const bool manual = manualReset == 1;
+        Event creator(SMEventCreate_s("X", manualReset, 1, 0x04000000));
+        const int set = SetOf(kFirstKey);
+        EXPECT_EQ(ModeOfSet(set), 0200u);
+        EXPECT_EQ(StatusOf(set).sem_nsems, manual ? 2u : 1u);
+        EXPECT_EQ(Process([] { return Passes(SMEventOpen("X")); }).Wait(), manual ? 4 : 1);
+        EXPECT_EQ(UnitsOf(set), manual ? 1 : 0);
+
+        // One that joins goes by its own word, and drops how it should begin.
+        EXPECT_EQ(SMEventSet(creator.get()), SM_STATUS_OK);
+        const auto join = [&] { return Passes(SMEventCreate("X", manual ? 0 : 1, 0)); };
+        EXPECT_EQ(Process(join).Wait(), manual ? 1 : 4);
+        const Event opener(SMEventOpen("X"));
+        creator.reset();
+        EXPECT_EQ(SetsInUse(), 0);
+        EXPECT_EQ(SMEventWait(opener.get(), 0), SM_STATUS_FAILED);
+        EXPECT_EQ(SMEventReset(opener.get()), SM_STATUS_OK);
+    }
 }
 
 } // namespace

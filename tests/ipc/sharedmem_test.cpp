@@ -1,9 +1,8 @@
-#include <sys/syscall.h>
+#include <qzvest/qzvest.h>
 
 #include <cstring>
-#include <iterator>
 
-#include "ipc/sysv.h"
+#include "ipc/lock_fixture.h"
 
 namespace {
 
@@ -26,7 +25,8 @@ extern "C" int semget(key_t key, int count, int flags) noexcept
 
 namespace {
 
-using SharedMem = SysVTest;
+using SharedMem = NamedObjects;
+using Memory = std::unique_ptr<SMSharedMem, Ends<SMSharedMemFree>>;
 
 char *TextOf(SMSharedMem *memory)
 {
@@ -34,88 +34,83 @@ char *TextOf(SMSharedMem *memory)
 }
 
 // What it does to the caller's process is done in another one that ends with it.
-bool CanOpen(const char *name)
+bool CanOpen()
 {
-    return Child([&] { return SMSharedMemOpen(name) != nullptr ? 1 : 0; }).Result() == 1;
+    return Process([] { return SMSharedMemOpen("area") != nullptr ? 1 : 0; }).Wait() == 1;
+}
+
+int ObjectsInUse()
+{
+    shm_info info = {};
+    return shmctl(0, SHM_INFO, reinterpret_cast<shmid_ds *>(&info)) < 0 ? -1 : info.used_ids + SetsInUse();
 }
 
 TEST_F(SharedMem, HasAGuardAndGoesWithItsMaker)
 {
-    const struct {
-        uint32_t mask, mode;
-    } cases[] = {{SM_ACCESS_GROUP, 0664}, {SM_ACCESS_OWNER, 0600}, {0x06020100, 0647}};
-    for (const auto &c : cases) {
-        SMSharedMem *maker =
-            c.mask == SM_ACCESS_GROUP ? SMSharedMemCreate("area", 5000) : SMSharedMemCreate_s("area", 5000, c.mask);
+    for (const bool plain : {true, false}) {
+        Memory maker(plain ? SMSharedMemCreate("area", 5000) : SMSharedMemCreate_s("area", 5000, 0x06020100));
         ASSERT_NE(maker, nullptr);
-        const SysVObject segment = Segments().at(0);
-        const SysVObject guard = Sets().at(0);
-        EXPECT_EQ(segment.mode & 0777, c.mode);
-        EXPECT_EQ(segment.size, 5000u);
-        EXPECT_EQ(guard.mode & 0777, 0600u);
-        EXPECT_EQ(guard.size, 1u);
-        EXPECT_EQ(guard.key, segment.key);
-        EXPECT_EQ(UnitsOf(guard.id), 0);
+        shmid_ds segment = {};
+        EXPECT_EQ(shmctl(shmget(kFirstKey, 0, 0), IPC_STAT, &segment), 0);
+        const int guard = SetOf(kFirstKey);
+        EXPECT_EQ(segment.shm_perm.mode & 0777, plain ? 0664 : 0647);
+        EXPECT_EQ(segment.shm_segsz, 5000u);
+        EXPECT_EQ(ModeOfSet(guard), 0600u);
+        EXPECT_EQ(StatusOf(guard).sem_nsems, 1u);
+        EXPECT_EQ(UnitsOf(guard), 0);
         EXPECT_EQ(SMSharedMemCreate("area", 5000), nullptr);
 
-        SMSharedMem *opener = SMSharedMemOpen("area");
+        Memory opener(SMSharedMemOpen("area"));
         ASSERT_NE(opener, nullptr);
-        std::strcpy(TextOf(maker), "text");
-        EXPECT_STREQ(TextOf(opener), "text");
-        SMSharedMemFree(opener);
-        EXPECT_EQ(UnitsOf(guard.id), 0);
-        EXPECT_TRUE(CanOpen("area"));
-        SMSharedMemFree(maker);
-        EXPECT_EQ(Segments().size() + Sets().size(), 0u);
+        std::strcpy(TextOf(maker.get()), "text");
+        EXPECT_STREQ(TextOf(opener.get()), "text");
+        opener.reset();
+        EXPECT_EQ(UnitsOf(guard), 0);
+        EXPECT_TRUE(CanOpen());
+        maker.reset();
+        EXPECT_EQ(ObjectsInUse(), 0);
         EXPECT_EQ(SMSharedMemOpen("area"), nullptr);
     }
 }
 
 TEST_F(SharedMem, OutlivesADeadMakerForTheNextOne)
 {
-    Child maker([] {
-        SMSharedMem *memory = SMSharedMemCreate("area", 100);
-        std::strcpy(TextOf(memory), "old");
-        return 1;
-    });
-    ASSERT_EQ(maker.Result(), 1);
-    EXPECT_EQ(SMSharedMemCreate("area", 100), nullptr);
-    EXPECT_TRUE(CanOpen("area"));
-    const int guard = Sets().at(0).id;
-    const int segment = Segments().at(0).id;
-    maker.Kill();
-    EXPECT_EQ(UnitsOf(guard), 1);
-    EXPECT_EQ(SMSharedMemOpen("area"), nullptr);
-    EXPECT_EQ(UnitsOf(guard), 1); // the look at it was no taking
-
-    for (const char *text : {"old", "older"}) { // one process after the other takes it over
-        Child joiner([&] {
-            SMSharedMem *memory = SMSharedMemCreate("area", 999999);
+    int segment = -1;
+    for (const char *text : {"", "old", "older"}) { // one process after the other takes it over
+        const Step found;
+        Process maker([&] {
+            const bool joins = *text != '\0';
+            SMSharedMem *memory = SMSharedMemCreate("area", joins ? 999999 : 100);
             const bool same = memory != nullptr && std::strcmp(TextOf(memory), text) == 0;
             if (same)
-                std::strcpy(TextOf(memory), "older");
-            SMSharedMemFree(memory);
-            return same ? 1 : 0;
+                std::strcpy(TextOf(memory), joins ? "older" : "old");
+            if (joins)
+                SMSharedMemFree(memory); // removes nothing, and keeps the guard
+            *found = same ? 1 : 2;
+            return pause();
         });
-        EXPECT_EQ(joiner.Result(), 1);
-        EXPECT_EQ(Segments().at(0).id, segment); // its free removes nothing, and keeps the guard
-        EXPECT_EQ(UnitsOf(guard), 0);
-        EXPECT_TRUE(CanOpen("area"));
-        joiner.Kill();
-        EXPECT_EQ(UnitsOf(guard), 1);
+        Await(found, 1);
+        EXPECT_EQ(*found, 1) << text;
+        EXPECT_EQ(SMSharedMemCreate("area", 100), nullptr);
+        EXPECT_TRUE(CanOpen());
+        EXPECT_EQ(UnitsOf(SetOf(kFirstKey)), 0);
+        EXPECT_TRUE(segment == -1 || segment == shmget(kFirstKey, 0, 0));
+        segment = shmget(kFirstKey, 0, 0);
+        maker.Kill();
+        EXPECT_EQ(UnitsOf(SetOf(kFirstKey)), 1);
+        EXPECT_EQ(SMSharedMemOpen("area"), nullptr);
+        EXPECT_EQ(UnitsOf(SetOf(kFirstKey)), 1); // the look at it was no taking
     }
 
     failShmat = true; // what cannot be attached is removed, but for the guard
     EXPECT_EQ(SMSharedMemCreate("area", 100), nullptr);
     failShmat = false;
-    EXPECT_TRUE(Segments().empty());
-    EXPECT_EQ(UnitsOf(guard), 1);
-    SMSharedMem *again = SMSharedMemCreate("area", 100); // made anew, under the guard that is left
+    EXPECT_EQ(ObjectsInUse(), 1);
+    Memory again(SMSharedMemCreate("area", 100)); // made anew, under the guard that is left
     ASSERT_NE(again, nullptr);
-    EXPECT_STREQ(TextOf(again), "");
-    EXPECT_EQ(UnitsOf(guard), 0);
-    SMSharedMemFree(again);
-    EXPECT_EQ(Segments().size() + Sets().size(), 0u);
+    EXPECT_STREQ(TextOf(again.get()), "");
+    again.reset();
+    EXPECT_EQ(ObjectsInUse(), 0);
 }
 
 TEST_F(SharedMem, FailuresLeaveNothingBehind)
@@ -129,59 +124,34 @@ TEST_F(SharedMem, FailuresLeaveNothingBehind)
         *fails = true;
         EXPECT_EQ(SMSharedMemCreate("area", 100), nullptr);
         *fails = false;
-        EXPECT_EQ(Segments().size() + Sets().size(), 0u);
+        EXPECT_EQ(ObjectsInUse(), 0);
     }
-
-    constexpr key_t kFirstKey = 300001; // what "area" has got
     ASSERT_NE(shmget(kFirstKey, 100, IPC_CREAT | 0600), -1);
     EXPECT_EQ(SMSharedMemCreate("area", 100), nullptr); // somebody is about to finish it
-    SMSharedMem *opener = SMSharedMemOpen("area");
+    Memory opener(SMSharedMemOpen("area"));
     EXPECT_NE(opener, nullptr);
     failShmat = true;
     EXPECT_EQ(SMSharedMemOpen("area"), nullptr);
     failShmat = false;
-    SMSharedMemFree(opener); // the last to have it: now it goes
-    EXPECT_TRUE(Segments().empty());
-
-    SMMutex *mutex = SMMutexCreate(nullptr);
-    auto *stranger = reinterpret_cast<SMSharedMem *>(mutex);
-    EXPECT_EQ(SMSharedMemGetAddressPtr(stranger), nullptr);
-    EXPECT_EQ(SMSharedMemGetAddressPtr(nullptr), nullptr);
-    SMSharedMemFree(stranger);
-    SMSharedMemFree(nullptr);
-    EXPECT_EQ(SMMutexLock(mutex, 0), SM_STATUS_OK);
-    SMMutexUnLock(mutex);
-    SMMutexDestroy(mutex);
+    opener.reset(); // the last to have it: now it goes
+    EXPECT_EQ(ObjectsInUse(), 0);
 }
 
 TEST_F(SharedMem, WithoutAKeyIsPrivate)
 {
-    const std::string registry = kIpcFolder + "/.lxvestIPCini";
-    std::ofstream(registry) << "[Unique String Name Key Section]\nqzvesshm467BD16FAA14C83E8639EA1A82F547AD=0\n";
-    const auto isListed = [&](int set) {
-        std::ifstream file(registry);
-        const std::string text{std::istreambuf_iterator<char>(file), {}};
-        return text.find("[Semaphore List]\n" + std::to_string(set) + "=" + std::to_string(getpid()) + "\n") !=
-               std::string::npos;
-    };
+    std::ofstream(kRegistry) << "[Unique String Name Key Section]\nqzvesshm467BD16FAA14C83E8639EA1A82F547AD=0\n";
     EXPECT_EQ(SMSharedMemOpen("area"), nullptr);
-    SMSharedMem *first = SMSharedMemCreate("area", 100);
-    ASSERT_NE(first, nullptr);
-    ASSERT_EQ(Sets().size(), 1u);
-    const int guard = Sets()[0].id;
-    EXPECT_TRUE(isListed(guard));
-    EXPECT_EQ(UnitsOf(guard), 0);
-
+    Memory first(SMSharedMemCreate("area", 100));
     std::filesystem::remove_all(kIpcFolder); // no registry at all
-    SMSharedMem *second = SMSharedMemCreate("area", 100);
-    ASSERT_NE(second, nullptr);
+    Memory second(SMSharedMemCreate("area", 100));
     EXPECT_EQ(SMSharedMemOpen("area"), nullptr);
-    std::strcpy(TextOf(first), "first");
-    EXPECT_STREQ(TextOf(second), "");
-    EXPECT_EQ(Sets().size(), 2u);
-    SMSharedMemFree(first);
-    SMSharedMemFree(second);
-    EXPECT_EQ(Segments().size() + Sets().size(), 0u);
+    ASSERT_TRUE(first != nullptr && second != nullptr);
+    std::strcpy(TextOf(first.get()), "first");
+    EXPECT_STREQ(TextOf(second.get()), "");
+    EXPECT_EQ(ObjectsInUse(), 4);
+    first.reset();
+    second.reset();
+    EXPECT_EQ(ObjectsInUse(), 0);
 }
 
 } // namespace

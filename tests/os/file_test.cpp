@@ -49,8 +49,7 @@ TEST(TemporaryName, GivesUpAfterAHundredThatExist)
     EXPECT_EQ(SMGetTmpFile(folder.Path(), buffer, &size), SM_STATUS_BUFFER_TOO_SMALL);
     EXPECT_EQ(size, 9u);
     EXPECT_STREQ(buffer, "untouche");
-    EXPECT_EQ(SMGetTmpFile((folder / "missing").c_str(), buffer, &(size = 256)), SM_STATUS_OK); // seeds
-    EXPECT_EQ(size, 9u);
+    EXPECT_EQ(SMGetTmpFile((folder / "missing").c_str(), buffer, &size), SM_STATUS_OK); // seeds
     std::srand(7);
     for (int i = 0; i < 99; ++i)
         folder.Make(DrawnName(), "");
@@ -67,7 +66,7 @@ TEST(TemporaryName, GivesUpAfterAHundredThatExist)
 TEST(FileSize, IsThatOfItsContent)
 {
     const Folder folder;
-    const std::string large = folder.Make("file", "12345");
+    const std::string large = folder.Make("file", "");
     ASSERT_EQ(truncate(large.c_str(), (INT64_C(1) << 32) + 3), 0); // without blocks
     uint32_t size = 77;
     EXPECT_EQ(SMGetSizeOfFile(large.c_str(), &size), SM_STATUS_OK);
@@ -76,56 +75,46 @@ TEST(FileSize, IsThatOfItsContent)
     EXPECT_EQ(size, 0u);
 }
 
-class Copy : public testing::TestWithParam<decltype(&SMFileCopy)> {};
-INSTANTIATE_TEST_SUITE_P(BothForms, Copy, testing::Values(SMFileCopy, SMFileCopyAndSync));
-
-TEST_P(Copy, TakesContentAndModeOrTellsWhyNot)
+TEST(Copy, TakesContentAndModeOrTellsWhyNot)
 {
-    const Folder folder;
-    const auto copy = [](const std::string &from, const std::string &to, uint16_t overwrite) {
-        return GetParam()(from.c_str(), to.c_str(), overwrite);
-    };
-    const std::string content(2 * 8192 + 1, 'x'), target = folder / "target", missing = folder / "missing";
-    const std::string source = folder.Make("source", content, 04775); // of which the umask lets less through
-    EXPECT_EQ(copy(source, target, 0), SM_STATUS_OK);
-    EXPECT_EQ(Content(target), content);
-    EXPECT_EQ(Mode(target), 04775u);
-
-    folder.Make("source", "short", 0600);
-    EXPECT_EQ(copy(missing, target, 0), SM_STATUS_FILE_EXISTS);
-    EXPECT_EQ(copy(missing, target, 1), SM_STATUS_FILE_NOT_FOUND);
-    EXPECT_EQ(Content(target), content);
-    EXPECT_EQ(copy(source, target, 1), SM_STATUS_OK);
-    EXPECT_EQ(Content(target), "short");
-    EXPECT_EQ(Mode(target), 0600u);
-
-    EXPECT_EQ(GetParam()(source.c_str(), nullptr, 1), SM_STATUS_BAD_ARGUMENT);
-    EXPECT_EQ(copy(source, missing + "/target", 1), SM_STATUS_FAILED);
-    EXPECT_EQ(copy(folder.Path(), target, 1), SM_STATUS_FAILED); // opens, but cannot be read
-    EXPECT_EQ(Content(target), "");
+    for (const auto copy : {SMFileCopy, SMFileCopyAndSync}) {
+        const Folder folder;
+        const std::string content(2 * 8192 + 1, 'x'), missing = folder / "missing", target = folder / "target";
+        const std::string source = folder.Make("source", content, 04775); // of which the umask lets less through
+        EXPECT_EQ(copy(source.c_str(), target.c_str(), 0), SM_STATUS_OK);
+        EXPECT_EQ(Content(target), content);
+        EXPECT_EQ(Mode(target), 04775u);
+        const std::tuple<std::string, std::string, uint16_t, uint32_t, std::string> cases[] = {
+            {missing, target, 0, SM_STATUS_FILE_EXISTS, content},
+            {missing, target, 1, SM_STATUS_FILE_NOT_FOUND, content},
+            {source, missing + "/target", 1, SM_STATUS_FAILED, content},
+            {folder.Make("short", "short", 0600), target, 1, SM_STATUS_OK, "short"},
+            {folder.Path(), target, 1, SM_STATUS_FAILED, ""}, // opens, but cannot be read
+        };
+        for (const auto &[from, to, overwrite, status, after] : cases) {
+            EXPECT_EQ(copy(from.c_str(), to.c_str(), overwrite), status) << from;
+            EXPECT_EQ(Content(target), after);
+        }
+        EXPECT_EQ(Mode(target), 0600u);
+        EXPECT_EQ(copy(source.c_str(), nullptr, 1), SM_STATUS_BAD_ARGUMENT);
+    }
 }
 
-using Append = Copy;
-INSTANTIATE_TEST_SUITE_P(BothForms, Append, testing::Values(SMFileAppend, SMFileAppendAndSync));
-
-TEST_P(Append, KeepsWhatIsThereAndItsMode)
+TEST(Append, KeepsWhatIsThereAndItsMode)
 {
-    const Folder folder;
-    const auto append = [](const std::string &from, const std::string &to, uint16_t create) {
-        return GetParam()(from.c_str(), to.c_str(), create);
-    };
-    const std::string source = folder.Make("source", "new", 0666), missing = folder / "missing";
-    const std::string target = folder.Make("target", "old", 0600), made = folder / "made";
-    EXPECT_EQ(append(source, target, 0), SM_STATUS_OK);
-    EXPECT_EQ(Content(target), "oldnew");
-    EXPECT_EQ(Mode(target), 0600u);
-    EXPECT_EQ(append(source, made, 0), SM_STATUS_FILE_NOT_FOUND);
-    EXPECT_FALSE(Exists(made));
-    EXPECT_EQ(append(source, made, 1), SM_STATUS_OK);
-    EXPECT_EQ(Content(made), "new");
-    EXPECT_EQ(Mode(made), 0666u);
-    EXPECT_EQ(append(missing, made, 0), SM_STATUS_FILE_NOT_FOUND);
-    EXPECT_EQ(append(source, "/dev/full", 0), SM_STATUS_LIMIT_REACHED);
+    for (const auto append : {SMFileAppend, SMFileAppendAndSync}) {
+        const Folder folder;
+        const std::string source = folder.Make("source", "new", 0666), made = folder / "made";
+        const std::string target = folder.Make("target", "old", 0600);
+        EXPECT_EQ(append(source.c_str(), target.c_str(), 0), SM_STATUS_OK);
+        EXPECT_EQ(Content(target), "oldnew");
+        EXPECT_EQ(Mode(target), 0600u);
+        EXPECT_EQ(append(source.c_str(), made.c_str(), 0), SM_STATUS_FILE_NOT_FOUND);
+        EXPECT_EQ(append(source.c_str(), made.c_str(), 1), SM_STATUS_OK);
+        EXPECT_EQ(Content(made), "new");
+        EXPECT_EQ(Mode(made), 0666u);
+        EXPECT_EQ(append(source.c_str(), "/dev/full", 0), SM_STATUS_LIMIT_REACHED);
+    }
 }
 
 TEST(FileWatch, ComparesWholeSeconds)
@@ -156,60 +145,42 @@ TEST(FileWatch, ComparesWholeSeconds)
 
 using Names = std::vector<std::string>;
 
-Names Listed(const std::string &directory, uint32_t flags, uint32_t *capacity = nullptr)
+Names Listed(const std::string &directory, uint32_t flags, uint32_t capacity = 100)
 {
     SMFileList *list = nullptr;
-    EXPECT_EQ(SMFileListGet(directory.c_str(), flags, &list), SM_STATUS_OK);
-    if (list == nullptr)
-        return {};
-    Names names(list->entries, list->entries + list->count);
-    if (capacity != nullptr)
-        *capacity = list->capacity;
+    if (SMFileListGet(directory.c_str(), flags, &list) != SM_STATUS_OK)
+        return {"(failed)"};
+    const Names names(list->entries, list->entries + list->count);
+    EXPECT_EQ(list->capacity, capacity);
     SMFileListFree(list);
     return names;
 }
 
-TEST(FileList, RefusesWhatItCannotDo)
+TEST(FileList, SortsBytesEitherWayAndGrowsByAHundredOrByOne)
 {
+    constexpr uint32_t kUp = SM_FILE_LIST_NAMES | SM_FILE_LIST_ASCENDING;
     const Folder folder;
     SMFileList untouched{}, *list = &untouched;
     EXPECT_EQ(SMFileListGet(folder.Path(), 0, nullptr), SM_STATUS_INVALID_PARAMETER);
-    const std::string missing = folder / "missing";
-    EXPECT_EQ(SMFileListGet(missing.c_str(), 24, &list), SM_STATUS_INVALID_PARAMETER);
-    EXPECT_EQ(SMFileListGet(missing.c_str(), 0, &list), SM_STATUS_FILE_NOT_FOUND);
+    EXPECT_EQ(SMFileListGet((folder / "missing").c_str(), 24, &list), SM_STATUS_INVALID_PARAMETER);
+    EXPECT_EQ(SMFileListGet((folder / "missing").c_str(), 0, &list), SM_STATUS_FILE_NOT_FOUND);
     SMMkDir((folder / "directory").c_str());
-    ASSERT_EQ(symlink("missing", (folder / "link").c_str()), 0);
+    ASSERT_EQ(symlink("missing", (folder / "~").c_str()), 0);
     EXPECT_EQ(SMFileListGet(folder.Path(), 0, &list), SM_STATUS_NO_ENTRY);
     EXPECT_EQ(list, &untouched);
-}
 
-TEST(FileList, SortsBytesEitherWay)
-{
-    const Folder folder;
-    const Names names = {".hidden", "B", "a", "aa", "\xC3\xA9"};
+    folder.Make(".hidden", "");
+    EXPECT_EQ(Listed(folder / "", 0), Names{folder / "/.hidden"}); // with a slash always
+    Names names = {".hidden", "B", "a", "aa", "\xC3\xA9"};
     for (const std::string &name : names)
         folder.Make(name, "");
-    SMMkDir((folder / "directory").c_str());
-    EXPECT_EQ(Listed(folder.Path(), SM_FILE_LIST_NAMES | SM_FILE_LIST_ASCENDING), names);
+    EXPECT_EQ(Listed(folder.Path(), kUp), names);
     EXPECT_EQ(Listed(folder.Path(), SM_FILE_LIST_NAMES | SM_FILE_LIST_DESCENDING), Names(names.rbegin(), names.rend()));
-    ASSERT_EQ(symlink("missing", (folder / "~").c_str()), 0);
-    EXPECT_EQ(Listed(folder.Path(), SM_FILE_LIST_NAMES | SM_FILE_LIST_LINKS | SM_FILE_LIST_ASCENDING)[4], "~");
-}
-
-TEST(FileList, JoinsPathsAndGrowsByAHundredOrByOne)
-{
-    const Folder folder;
-    folder.Make("1000", "");
-    EXPECT_EQ(Listed(folder / "", 0), Names{folder / "/1000"}); // with a slash always
-    Names names = {"1000"};
-    for (int i = 1001; i <= 1100; ++i)
-        folder.Make(names.emplace_back(std::to_string(i)), "");
-    for (const bool sparing : {false, true}) {
-        uint32_t capacity = 0;
-        const uint32_t flags = SM_FILE_LIST_NAMES | SM_FILE_LIST_ASCENDING | (sparing ? SM_FILE_LIST_SPARING : 0);
-        EXPECT_EQ(Listed(folder.Path(), flags, &capacity), names);
-        EXPECT_EQ(capacity, sparing ? 101u : 200u);
-    }
+    EXPECT_EQ(Listed(folder.Path(), kUp | SM_FILE_LIST_LINKS)[4], "~");
+    for (int i = 1000; i < 1096; ++i)
+        folder.Make(*names.insert(names.end() - 4, std::to_string(i)), "");
+    EXPECT_EQ(Listed(folder.Path(), kUp, 200), names);
+    EXPECT_EQ(Listed(folder.Path(), kUp | SM_FILE_LIST_SPARING, 101), names);
 }
 
 } // namespace

@@ -1,111 +1,33 @@
-// The swap of a new version into place and the mode that it takes over, and what calls do when memory runs out.
+// The swap of a new version into place.
 
 #include <gtest/gtest.h>
 
-#include <cerrno>
-
-#include "compat/string.h"
 #include "os/file.h"
 #include "os/folder.h"
-#include "os/system.h"
-#include "support/faults.h"
 
 namespace {
-
-TEST(Replace, KeepsTheModeButForExecution)
-{
-    const Folder folder;
-    static const std::tuple<mode_t, mode_t> kCases[] = {{0666, 0666}, {06711, 0600}, {01600, 01600}};
-    const mode_t mask = umask(077);
-    for (const auto &[old, kept] : kCases) {
-        const std::string path = folder.Make("file", "old", old);
-        const std::string next = folder.Make("next", "new", 0777);
-        EXPECT_EQ(qzvest::SMSafeFileReplace(path.c_str(), next.c_str()), SM_STATUS_OK);
-        EXPECT_EQ(Content(path), "new");
-        EXPECT_EQ(Mode(path), kept);
-        EXPECT_FALSE(Exists(next));
-        EXPECT_FALSE(Exists(path + ".bak"));
-    }
-    umask(mask);
-}
 
 TEST(Replace, LeavesWhatAReaderCanPutBackAndTellsOfABackupThatStays)
 {
     const Folder folder;
-    const std::string path = folder / "file", next = folder.Make("next", "new", 0600);
-    EXPECT_EQ(qzvest::SMSafeFileReplace(path.c_str(), next.c_str()), SM_STATUS_FAILED); // nothing to replace
+    const std::string path = folder / "file", backup = path + ".bak", next = folder.Make("next", "new", 0600);
+    const auto replace = [&path](const std::string &by) { return qzvest::SMSafeFileReplace(path.c_str(), by.c_str()); };
+    EXPECT_EQ(replace(next), SM_STATUS_FAILED); // nothing to replace
     EXPECT_EQ(Content(next), "new");
     EXPECT_FALSE(Exists(path));
 
     folder.Make("file", "old");
     folder.Make("file.bak", "older");
-    EXPECT_EQ(qzvest::SMSafeFileReplace(path.c_str(), (next + "?").c_str()), SM_STATUS_ALREADY_EXISTS);
+    EXPECT_EQ(replace(next + "?"), SM_STATUS_ALREADY_EXISTS);
     EXPECT_FALSE(Exists(path));
-    EXPECT_EQ(Content(path + ".bak"), "old");
+    EXPECT_EQ(Content(backup), "old");
 
-    unlink((path + ".bak").c_str());
+    unlink(backup.c_str());
     ASSERT_EQ(mkdir(path.c_str(), 0755), 0); // becomes a backup that is no file
-    EXPECT_EQ(qzvest::SMSafeFileReplace(path.c_str(), next.c_str()), SM_STATUS_ACCESS_DENIED);
+    EXPECT_EQ(replace(next), SM_STATUS_ACCESS_DENIED);
     EXPECT_EQ(Content(path), "new");
     EXPECT_EQ(Mode(path), 0644u);
-    EXPECT_TRUE(Exists(path + ".bak"));
-}
-
-TEST(FileMode, IsMaskedOrTheDefault)
-{
-    const Folder folder;
-    const std::string path = folder.Make("file", "", 07753);
-    EXPECT_EQ(qzvest::SMFileModeGet(path.c_str(), 0777, qzvest::kKeepSticky), 01642u);
-    EXPECT_EQ(qzvest::SMFileModeGet(path.c_str(), 0777, 0), 0642u);
-    EXPECT_EQ(qzvest::SMFileModeGet((path + "?").c_str(), 07777, qzvest::kKeepSticky), 07777u);
-}
-
-TEST(BoundedAppend, TakesAllOrEmpties)
-{
-    static const std::tuple<size_t, const char *, int, const char *> kCases[] = {
-        {6, "de", 0, "abcde"}, {5, "de", ERANGE, ""}, {3, "", EINVAL, ""}, {0, "de", EINVAL, "abc"}};
-    for (const auto &[bound, source, error, givenText] : kCases) {
-        char text[8] = "abc";
-        EXPECT_EQ(qzvest::strcat_s(text, bound, source), error);
-        EXPECT_STREQ(text, givenText);
-    }
-}
-
-long OpenDescriptors()
-{
-    return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
-}
-
-TEST(FileFault, EachCallSaysSo)
-{
-    const Folder folder;
-    const std::string source = folder.Make("source", "new"), target = folder.Make("target", "old");
-    SMFileList *list = nullptr;
-    const long blocks = LiveBlocks(), descriptors = OpenDescriptors();
-    char name[9] = "untouch";
-    uint32_t size = 3; // memory is asked for before the room is looked at
-    EXPECT_EQ(Failing(1, [&] { return qzvest::SMGetTmpFile(folder.Path(), name, &size); }), SM_STATUS_NO_MEMORY);
-    EXPECT_EQ(size, 3u);
-
-    EXPECT_EQ(Failing(1, [&] { return qzvest::SMSafeFileReplace(target.c_str(), source.c_str()); }),
-              SM_STATUS_NO_MEMORY);
-    EXPECT_EQ(Content(target), "old");
-    EXPECT_EQ(Content(source), "new");
-
-    EXPECT_EQ(Failing(1, [&] { return qzvest::SMFileCopy(source.c_str(), target.c_str(), 1); }), SM_STATUS_NO_MEMORY);
-    EXPECT_EQ(Content(target), ""); // cut when it was opened
-
-    for (int nth = 1; nth <= 4; ++nth) { // a string and a growth for each entry
-        EXPECT_EQ(Failing(nth, [&] { return qzvest::SMFileListGet(folder.Path(), SM_FILE_LIST_SPARING, &list); }),
-                  SM_STATUS_NO_MEMORY);
-        EXPECT_EQ(list, nullptr);
-    }
-    for (const int nth : {1, 2})
-        EXPECT_EQ(Failing(nth, [&] { return qzvest::SMFilePropAlloc(source.c_str()); }), nullptr);
-    EXPECT_EQ(Failing(1, [] { return qzvest::SMEnvDup("PATH", nullptr); }), nullptr);
-    EXPECT_EQ(Failing(1, [] { return qzvest::SMAppendToOSSysLog(1, 1, 1, "test", "no text"); }), SM_STATUS_FAILED);
-    EXPECT_EQ(LiveBlocks(), blocks);
-    EXPECT_EQ(OpenDescriptors(), descriptors);
+    EXPECT_TRUE(Exists(backup));
 }
 
 } // namespace

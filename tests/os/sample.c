@@ -1,5 +1,5 @@
 /* A library that tells the program that loads it what happens to it. */
-extern int sampleLoads, sampleUnloads, sampleLookUps;
+extern int sampleLoads, sampleUnloads;
 
 int SampleAnswer(void);
 int SampleResolved(void);
@@ -19,11 +19,7 @@ int SampleAnswer(void)
     return 42;
 }
 
-/* The loader asks at each look-up where this one is. */
-static int (*Resolve(void))(void)
+int SampleResolved(void)
 {
-    ++sampleLookUps;
-    return SampleAnswer;
+    return 42;
 }
-
-int SampleResolved(void) __attribute__((ifunc("Resolve")));

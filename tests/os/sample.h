@@ -8,7 +8,7 @@ inline const std::string kFolder = SAMPLE_FOLDER;
 inline const std::string kSample = kFolder + "/" SAMPLE_NAME;
 
 extern "C" {
-[[gnu::used]] inline int sampleLoads, sampleUnloads, sampleLookUps;
+[[gnu::used]] inline int sampleLoads, sampleUnloads;
 }
 
 inline bool IsLoaded()

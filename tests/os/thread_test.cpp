@@ -4,7 +4,6 @@
 #include <pthread.h>
 #include <qzvest/thread.h>
 #include <sys/syscall.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <future>
@@ -22,23 +21,25 @@ struct Look {
     uint64_t id;
     size_t stackSize;
     int detachState;
+    char name[16];
 };
 
 void *LookAtSelf(void *argument)
 {
-    Look look = {SMThreadGetID(), 0, -1};
+    Look look = {SMThreadGetID(), 0, -1, ""};
     pthread_attr_t attributes;
-    if (pthread_getattr_np(pthread_self(), &attributes) == 0) {
-        pthread_attr_getstacksize(&attributes, &look.stackSize);
-        pthread_attr_getdetachstate(&attributes, &look.detachState);
-        pthread_attr_destroy(&attributes);
-    }
+    EXPECT_EQ(pthread_getattr_np(pthread_self(), &attributes), 0);
+    pthread_attr_getstacksize(&attributes, &look.stackSize);
+    pthread_attr_getdetachstate(&attributes, &look.detachState);
+    pthread_attr_destroy(&attributes);
+    EXPECT_EQ(SMThreadSetName("twenty characters ok"), SM_STATUS_OK);
+    pthread_getname_np(pthread_self(), look.name, sizeof look.name);
     const std::unique_ptr<std::promise<Look>> promise(static_cast<std::promise<Look> *>(argument));
     promise->set_value(look);
     return argument; // nobody gets it
 }
 
-TEST(Thread, BothKindsRunTheRoutineOnASmallStack)
+TEST(Thread, BothKindsRunTheRoutineOnASmallStackUnderTheirOwnName)
 {
     for (const bool released : {false, true}) {
         auto *promise = new std::promise<Look>; // the thread's
@@ -54,6 +55,7 @@ TEST(Thread, BothKindsRunTheRoutineOnASmallStack)
         EXPECT_EQ(look.stackSize, kStackSize) << released;
 #endif
         EXPECT_EQ(look.detachState, released ? PTHREAD_CREATE_DETACHED : PTHREAD_CREATE_JOINABLE);
+        EXPECT_STREQ(look.name, "twenty characte") << "cut by the system";
         EXPECT_EQ(SMThreadStop(handle), released ? SM_STATUS_INVALID_PARAMETER : SM_STATUS_OK);
     }
     EXPECT_EQ(SMThreadGetID(), static_cast<uint64_t>(pthread_self()));
@@ -62,40 +64,13 @@ TEST(Thread, BothKindsRunTheRoutineOnASmallStack)
 TEST(Thread, StopWaitsForTheEndOfTheRoutine)
 {
     int turns = 0; // not atomic: the wait orders it
-    SMThreadHandle *handle = SMThreadStart(
-        [](void *argument) -> void * {
-            for (int turn = 0; turn < 10000; ++turn)
-                *static_cast<int *>(argument) += SMThreadYield() == 0 ? 1 : 0;
-            return nullptr;
-        },
-        &turns);
-    ASSERT_NE(handle, nullptr);
-    EXPECT_EQ(SMThreadStop(handle), SM_STATUS_OK);
+    const auto run = [](void *argument) {
+        for (int turn = 0; turn < 10000; ++turn)
+            *static_cast<int *>(argument) += SMThreadYield() == 0 ? 1 : 0;
+        return argument;
+    };
+    EXPECT_EQ(SMThreadStop(SMThreadStart(run, &turns)), SM_STATUS_OK);
     EXPECT_EQ(turns, 10000);
-}
-
-std::string NameOfSelf()
-{
-    char name[16] = "";
-    pthread_getname_np(pthread_self(), name, sizeof name);
-    return name;
-}
-
-TEST(Thread, NameIsTheCallersAndCutByTheSystem)
-{
-    const std::string before = NameOfSelf();
-    std::string name;
-    SMThreadHandle *handle = SMThreadStart(
-        [](void *argument) -> void * {
-            if (SMThreadSetName("twenty characters ok") == SM_STATUS_OK)
-                *static_cast<std::string *>(argument) = NameOfSelf();
-            return nullptr;
-        },
-        &name);
-    ASSERT_NE(handle, nullptr);
-    EXPECT_EQ(SMThreadStop(handle), SM_STATUS_OK);
-    EXPECT_EQ(name, "twenty characte");
-    EXPECT_EQ(NameOfSelf(), before);
 }
 
 void *Pause(void *)
@@ -106,16 +81,8 @@ void *Pause(void *)
 
 TEST(Thread, KillTakesTheProcessAlong)
 {
-    const pid_t child = fork();
-    ASSERT_GE(child, 0);
-    if (child == 0) {
-        (void)SMThreadKill(SMThreadStart(Pause, nullptr));
-        Pause(nullptr);
-    }
-    int status = 0;
-    ASSERT_EQ(waitpid(child, &status, 0), child);
-    EXPECT_TRUE(WIFSIGNALED(status));
-    EXPECT_EQ(WTERMSIG(status), SIGKILL);
+    EXPECT_EXIT((void)SMThreadKill(SMThreadStart(Pause, nullptr));
+                Pause(nullptr), testing::KilledBySignal(SIGKILL), "");
 }
 
 TEST(Thread, WithoutAThreadOfTheSystemThereIsNone)
@@ -127,17 +94,12 @@ TEST(Thread, WithoutAThreadOfTheSystemThereIsNone)
         GTEST_SKIP() << hindrance;
     const TracePlan plan = {1, EAGAIN, [](long call) { return call == SYS_clone || call == SYS_clone3; }};
     for (const bool released : {false, true}) {
-        const TraceOutcome outcome = Trace(
-            [released] {
-                TraceBegin();
-                const bool refused = released ? SMThreadStartAndRelease(Pause, nullptr) == SM_STATUS_FAILED
-                                              : SMThreadStart(Pause, nullptr) == nullptr;
-                TraceEnd();
-                return refused ? 1 : 0;
-            },
-            plan);
-        EXPECT_TRUE(outcome.reached) << released;
-        EXPECT_EQ(outcome.exitCode, 1) << released;
+        const auto work = [released] {
+            TraceBegin();
+            return released ? SMThreadStartAndRelease(Pause, nullptr) == SM_STATUS_FAILED
+                            : SMThreadStart(Pause, nullptr) == nullptr;
+        };
+        EXPECT_EQ(Trace(work, plan).exitCode, 1) << released;
     }
 }
 

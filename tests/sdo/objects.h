@@ -50,8 +50,7 @@ inline Bytes Block(const std::string &text)
     return Bytes(bytes.begin(), bytes.end());
 }
 
-using ObjectRelease = std::integral_constant<decltype(&SMSDOConfigFree), SMSDOConfigFree>;
-using Object = std::unique_ptr<SMSDOConfig, ObjectRelease>;
+using Object = std::unique_ptr<SMSDOConfig, std::integral_constant<decltype(&SMSDOConfigFree), SMSDOConfigFree>>;
 
 inline uint32_t Add(const Object &object, uint16_t id, uint8_t type, const Bytes &value, int16_t replace = 0)
 {
@@ -112,9 +111,7 @@ std::string ByID(auto call, const auto *from, unsigned id, uint32_t room)
 std::string ByIndex(auto call, const auto *from, uint32_t index, uint32_t room)
 {
     uint16_t id = 0;
-    const auto read = [&](const auto *source, uint16_t, uint8_t *type, void *buffer, uint32_t *size) {
-        return call(source, index, &id, type, buffer, size);
-    };
+    const auto read = [&](auto *source, uint16_t, auto... out) { return call(source, index, &id, out...); };
     const std::string text = ByID(read, from, 0, room);
     return Text(id, ' ', text);
 }

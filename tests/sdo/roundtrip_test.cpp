@@ -144,11 +144,21 @@ void CheckReads(const Bytes &block, const Model &model)
         const auto expected = [&, type = entry.type] {
             return Text("0 ", Hex({type}), ' ', value.size(), ' ', Hex(value));
         };
-        EXPECT_EQ(ByIndex(SMSDOBinaryGetDataByIndex, odd, index++, static_cast<uint32_t>(value.size())),
-                  Text(id, ' ', expected()));
-        value.resize(std::max<size_t>(4, value.size()));
-        EXPECT_EQ(ByID(SMSDOBinaryGetDataByID, odd, id, static_cast<uint32_t>(value.size())), expected());
+        // With a byte too few the size is told; unlike in an object, the type is not.
+        const auto little = [&] { return Text("16 EE ", value.size(), ' ', std::string(2 * value.size() - 2, 'E')); };
+        auto size = static_cast<uint32_t>(value.size());
+        EXPECT_EQ(ByIndex(SMSDOBinaryGetDataByIndex, odd, index, size - 1), "0 " + little());
+        EXPECT_EQ(ByIndex(SMSDOBinaryGetDataByIndex, odd, index++, size), Text(id, ' ', expected()));
+        value.resize(size = std::max(4u, size)); // a short value counts as four bytes
+        EXPECT_EQ(ByID(SMSDOBinaryGetDataByID, odd, id, size - 1), little());
+        EXPECT_EQ(ByID(SMSDOBinaryGetDataByID, odd, id, size), expected());
     }
+    for (const auto id : {RandomID(), RandomID(), uint16_t{0}, uint16_t{65534}, uint16_t{65535}}) {
+        if (model.entries.contains(id))
+            continue;
+        EXPECT_EQ(ByID(SMSDOBinaryGetDataByID, odd, id, 1), id != 0 && id < 65534 ? "256 EE 1 EE" : "271 EE 1 EE");
+    }
+    EXPECT_EQ(ByIndex(SMSDOBinaryGetDataByIndex, odd, index, 1), "0 12 EE 1 EE");
     EXPECT_EQ(Flatten(Object(SMSDOBinaryToConfig(odd))), block);
 }
 

@@ -193,14 +193,12 @@ std::string TraceHindrance()
 
 bool TakesFileCall(long call)
 {
-    return std::find(std::begin(kMemoryAndTimeCalls), std::end(kMemoryAndTimeCalls), call) ==
-           std::end(kMemoryAndTimeCalls);
+    return std::ranges::find(kMemoryAndTimeCalls, call) == std::end(kMemoryAndTimeCalls);
 }
 
 bool TakesInterruptibleCall(long call)
 {
-    return std::find(std::begin(kInterruptibleCalls), std::end(kInterruptibleCalls), call) !=
-           std::end(kInterruptibleCalls);
+    return std::ranges::find(kInterruptibleCalls, call) != std::end(kInterruptibleCalls);
 }
 
 int InOtherProcess(const std::function<int()> &work)

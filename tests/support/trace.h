@@ -5,6 +5,7 @@
 #include <sys/mman.h>
 
 #include <functional>
+#include <memory>
 #include <new>
 #include <string>
 
@@ -40,32 +41,22 @@ bool TakesInterruptibleCall(long call);
 // Forks, runs the work untraced, waits. What it returned, or -1 when it was killed.
 int InOtherProcess(const std::function<int()> &work);
 
+template <typename Record>
+struct Unmap {
+    void operator()(Record *record) const
+    {
+        munmap(record, sizeof(Record));
+    }
+};
+
 // A record that forked processes share.
 template <typename Record>
-class Shared {
-public:
+struct Shared : std::unique_ptr<Record, Unmap<Record>> {
     Shared()
-        : record_(new (mmap(nullptr, sizeof(Record), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0))
-                      Record())
     {
+        constexpr int kProtection = PROT_READ | PROT_WRITE, kFlags = MAP_SHARED | MAP_ANONYMOUS;
+        this->reset(new (mmap(nullptr, sizeof(Record), kProtection, kFlags, -1, 0)) Record());
     }
-    ~Shared()
-    {
-        munmap(record_, sizeof(Record));
-    }
-    Shared(const Shared &) = delete;
-    Shared &operator=(const Shared &) = delete;
-    Record *operator->() const
-    {
-        return record_;
-    }
-    Record &operator*() const
-    {
-        return *record_;
-    }
-
-private:
-    Record *record_;
 };
 
 #endif
