@@ -24,10 +24,7 @@ Text Read(const char *key, const char *defaultText = nullptr)
 // What does not fit a block is read again from the beginning.
 TEST(Registration, KeysOfALargeFileComeInAnyOrder)
 {
-    WriteText("/run/file", "j=first
-" + std::string(100000, '
-') + "k=last
-");
+    WriteText("/run/file", "j=first\n" + std::string(100000, '\n') + "k=last\n");
     qzvest::RegistrationFile file("/run/file");
     for (const auto &[key, expected] : {std::pair{"k", "last"}, {"j", "first"}, {"k", "last"}}) {
         qzvest::HeapPtr<char> value;

@@ -12,7 +12,6 @@
 
 #include "faults/rows.h"
 #include "frame/module.h"
-#include "ipc/sysv.h"
 #include "support/faults.h"
 
 namespace {
@@ -23,7 +22,7 @@ namespace fs = std::filesystem;
 std::string Belongings()
 {
     const auto descriptors = std::distance(fs::directory_iterator("/proc/self/fd"), {});
-    return testing::PrintToString(std::tuple(descriptors, Sets().size(), Segments().size()));
+    return testing::PrintToString(std::tuple(descriptors, SysVObjects("sem").size(), SysVObjects("shm").size()));
 }
 
 char LetterOf(uint32_t result)

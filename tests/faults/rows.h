@@ -180,4 +180,11 @@ Rows RowsOfTexts();
 Rows RowsOfStores();
 Rows RowsOfSystem();
 
+// System V semaphore sets ("sem") or segments of shared memory ("shm"), as the kernel lists them.
+struct SysVObject {
+    int id;
+    size_t size; // semaphores or bytes
+};
+std::vector<SysVObject> SysVObjects(const char *kind);
+
 #endif

@@ -12,9 +12,20 @@
 
 #include "config/places.h"
 #include "faults/rows.h"
-#include "ipc/sysv.h"
+#include "ipc/lock_fixture.h"
 
 namespace fs = std::filesystem;
+
+std::vector<SysVObject> SysVObjects(const char *kind)
+{
+    std::ifstream table(std::string("/proc/sysvipc/") + kind);
+    std::string skipped;
+    std::getline(table, skipped);
+    std::vector<SysVObject> objects;
+    for (SysVObject o; table >> skipped >> o.id >> skipped >> o.size; std::getline(table, skipped))
+        objects.push_back(o);
+    return objects;
+}
 
 Place::Place()
 {
@@ -103,9 +114,9 @@ void *Things::Run(void *things)
 std::string Things::State() const
 {
     std::multiset<std::string> contents;
-    for (const SysVObject &set : Sets())
+    for (const SysVObject &set : SysVObjects("sem"))
         contents.insert(Text(set.size, " with ", UnitsOf(set.id)));
-    for (const SysVObject &segment : Segments())
+    for (const SysVObject &segment : SysVObjects("shm"))
         contents.insert(Text(segment.size));
     for (const fs::directory_entry &entry : fs::recursive_directory_iterator(kPlace)) {
         std::ifstream file(entry.path(), std::ios::binary);

@@ -1,7 +1,8 @@
-// The swap of a new version into place.
+// The swap of a new version into place, and the clock of time-outs.
 
 #include <gtest/gtest.h>
 
+#include "os/clock.h"
 #include "os/file.h"
 #include "os/folder.h"
 
@@ -28,6 +29,19 @@ TEST(Replace, LeavesWhatAReaderCanPutBackAndTellsOfABackupThatStays)
     EXPECT_EQ(Content(path), "new");
     EXPECT_EQ(Mode(path), 0644u);
     EXPECT_TRUE(Exists(backup));
+}
+
+TEST(Clock, MillisecondsAreTruncated)
+{
+    constexpr struct {
+        timespec start, end;
+        int64_t milliseconds;
+    } kCases[] = {{{5, 1}, {5, 1000001}, 1},
+                  {{5, 100}, {5, 999999999}, 999},
+                  {{5, 500000000}, {8, 400000000}, 2900},
+                  {{0, 0}, {4294968, 0}, INT64_C(4294968000)}}; // beyond 32 bits
+    for (const auto &c : kCases)
+        EXPECT_EQ(qzvest::MillisecondsBetween(c.start, c.end), c.milliseconds) << c.end.tv_sec << ' ' << c.end.tv_nsec;
 }
 
 } // namespace
