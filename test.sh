@@ -2,7 +2,7 @@
 # test.sh [full] - installs what is missing, builds the library in release and with sanitizers, runs all tests in each,
 # and the static checks; in full, it also installs the Debian packages in a bare system, which is downloaded. The last
 # line is "N passed, N failed", with ", N skipped" where the machine forbids something. What each step says stands in
-# build/logs/.
+# build/logs/. Lines that begin with COUNT say how much the tests did.
 # shellcheck disable=SC2317 # functions are called by check
 set -uo pipefail
 cd "$(dirname "$0")" || exit 1
@@ -92,6 +92,7 @@ build_and_test() { # build_and_test PRESET
         grep -vE '^ +Start +[0-9]+:| Passed +[0-9.]+ sec *$' "$log"
     fi
     skipped_tests
+    [ "$1" != release ] || grep '^COUNT ' build/release/Testing/Temporary/LastTest.log
 }
 
 sources() { # sources FOLDER...: the C and C++ files below those that exist

@@ -3,16 +3,20 @@
 
 #include "support/trace.h"
 
+#include <sys/syscall.h>
+
 #include <algorithm>
 #include <cerrno>
+#include <map>
 #include <set>
+#include <utility>
 
 #include "config/ini_fixture.h"
 
 namespace {
 
 const std::string kMissing = "(missing)"; // as the fixture's Get says it
-const std::string kSections = "[one]\na=1\nb=2\n\n[two]\nc=3\n";
+const std::string kSections = "[one]\n;x\na=1\nb=2\n\n[two]\nc=3\n";
 const std::string kProperties = "a=1\nb=2\n";
 constexpr auto kMode = std::filesystem::perms{0664};
 
@@ -28,8 +32,8 @@ struct Change {
 };
 
 const Change kChanges[] = {
-    {"set key", kSections, "[one]\na=new\nb=2\n\n[two]\nc=3\n", "one", "a", "new", {}, {}},
-    {"delete key", kSections, "[one]\na=1\n\n[two]\nc=3\n", "one", "b", nullptr, {}, {}},
+    {"set key", kSections, "[one]\n;x\na=new\nb=2\n\n[two]\nc=3\n", "one", "a", "new", {}, {}},
+    {"delete key", kSections, "[one]\n;x\na=1\n\n[two]\nc=3\n", "one", "b", nullptr, {}, {}},
     {"delete section", kSections, "[two]\nc=3\n", "one", nullptr, nullptr, {}, {}},
     {"append section",
      kSections,
@@ -125,10 +129,23 @@ protected:
         EXPECT_EQ(Get(path + ".bak"), kMissing);
     }
 
-    void SweepKills(const Change &change) const;
+    void SweepKills(const Change &change);
     void CheckAfterKill(const Change &change, std::set<std::string> &states) const;
-    void SweepFaults(const Change &change) const;
+    void SweepFaults(const Change &change);
     void CheckAfterFault(const Change &change, const Report &report) const;
+
+    void Add(const std::string &name, int number)
+    {
+        total_ += number;
+        parts_ += (parts_.empty() ? "" : ", ") + name + " " + std::to_string(number);
+    }
+    void Count(const char *what)
+    {
+        std::printf("COUNT %s: %d (%s)\n", what, std::exchange(total_, 0), std::exchange(parts_, "").c_str());
+    }
+
+    int total_ = 0;
+    std::string parts_;
 };
 
 void Crash::CheckAfterKill(const Change &change, std::set<std::string> &states) const
@@ -151,7 +168,7 @@ void Crash::CheckAfterKill(const Change &change, std::set<std::string> &states) 
     CheckUse(change, *report, isSwapping && change.section != nullptr ? backup : found);
 }
 
-void Crash::SweepKills(const Change &change) const
+void Crash::SweepKills(const Change &change)
 {
     std::set<std::string> states;
     for (int nth = 1;; ++nth) {
@@ -166,6 +183,7 @@ void Crash::SweepKills(const Change &change) const
         if (!outcome.reached) {
             EXPECT_EQ(outcome.exitCode, 0);
             EXPECT_EQ(Get(), change.changed);
+            Add(change.name, nth - 1);
             break;
         }
         SCOPED_TRACE(change.name + ", killed at call " + std::to_string(nth) + ", number " +
@@ -209,8 +227,9 @@ void Crash::CheckAfterFault(const Change &change, const Report &report) const
     CheckUse(change, report, content);
 }
 
-void Crash::SweepFaults(const Change &change) const
+void Crash::SweepFaults(const Change &change)
 {
+    int faults = 0;
     std::set<uint32_t> statuses;
     for (const int error : {ENOSPC, EIO, EMFILE, EACCES, EINTR}) {
         for (int nth = 1;; ++nth) {
@@ -245,8 +264,10 @@ void Crash::SweepFaults(const Change &change) const
             if (!outcome.reached)
                 break;
             statuses.insert(report->status);
+            ++faults;
         }
     }
+    Add(change.name, faults);
     EXPECT_GE(statuses.size(), 4u); // the calls that matter were among them
 }
 
@@ -254,6 +275,7 @@ TEST_F(Crash, LeavesTheOldOrTheNew)
 {
     for (const Change &change : kChanges)
         SweepKills(change);
+    Count("kills in INI and property writes");
 }
 
 // A value, or a list of keys, that goes beyond what is read at once.
@@ -300,6 +322,159 @@ TEST_F(Crash, FaultsAreTold)
 {
     for (const Change &change : kChanges)
         SweepFaults(change);
+    Count("failing calls in INI and property writes");
+}
+
+// ---- The key registry and the logs ----
+
+const std::string kRegistry = "/var/run/qz/.ipc/.lxvestIPCini";
+const std::string kLogs = "/run/store/log/";
+const std::string kXML = "x.xml", kOlder = "rotated.1", kTag = "</EventLog>";
+int sweptError; // 0: kills
+
+// Old names have a unit each, new ones none: nobody gets another one's set. A new name whose calls failed may have no
+// number, or, when the registry did not open, that of the first.
+uint32_t UseNames()
+{
+    uint32_t status = SM_STATUS_OK;
+    for (const char *name : {"older", "old"}) {
+        SMSemaphore *semaphore = SMSemaphoreOpen(name);
+        status |= SMSemaphoreAcquireWait(semaphore, 0) | SMSemaphoreRelease(semaphore, 1, nullptr);
+    }
+    for (const char *name : {"new", "next"}) {
+        SMSemaphore *semaphore = sweptError == 0 ? SMSemaphoreCreate(name, 0) : nullptr;
+        status |= sweptError == 0 ? SMSemaphoreAcquireWait(semaphore, 0) ^ SM_STATUS_TIMEOUT : SM_STATUS_OK;
+        SMSemaphoreDestroy(semaphore);
+    }
+    return status;
+}
+
+uint32_t AppendText()
+{
+    return SMAppendToLog(SM_LOG_TEXT, SM_LOG_TYPE_ERROR, SM_LOG_VOLUME_SERVICE, 5, "who", "text", nullptr, 0);
+}
+template <uint32_t kLimit = 0x100000>
+uint32_t AppendXML()
+{
+    return SMAppendToXMLLog((kLogs + kXML).c_str(), SM_LOG_TYPE_ERROR, SM_LOG_VOLUME_SERVICE, 5, "me", "who", "text",
+                            nullptr, nullptr, 0, kLimit);
+}
+uint32_t Rotate()
+{
+    return SMFileLogMsgToRotatedLog("m", "/run/store/log/rotated", 4, 2, 0);
+}
+
+const struct Writer {
+    const char *name;
+    uint32_t (*write)();
+    uint32_t (*next)(); // of another process, afterwards
+    std::string drops, dropsByFault;
+} kWriters[] = {
+    {"new name", [] { return SMSemaphoreCreate("new", 0) != nullptr ? 0u : 1u; }, UseNames, "", ""},
+    {"text log", AppendText, AppendText, "", ""},
+    {"text log cleared", [] { return SMClearLog(SM_LOG_TEXT, 3, "who"); }, AppendText, "qzsys64.log", ""},
+    {"XML log", AppendXML, AppendXML, "", kXML}, // that does not open, and begins anew
+    {"XML log backed up", AppendXML<1>, AppendXML, "", kXML},
+    {"rotated log", Rotate, Rotate, "", kOlder}, // that was not renamed, and is replaced
+};
+
+class Writers : public Crash {
+protected:
+    using Files = std::map<std::string, std::string>; // by name
+
+    void Restore() const
+    {
+        for (const std::string &place : {kLogs, locks})
+            for (const auto &entry : std::filesystem::directory_iterator(place))
+                std::filesystem::remove(entry);
+        for (const auto &[name, content] : old_)
+            Put(kLogs + name, content);
+        Put(kRegistry, registry_);
+    }
+    static Files Logs()
+    {
+        Files files;
+        for (const auto &entry : std::filesystem::directory_iterator(kLogs))
+            files[entry.path().filename()] = Get(entry.path());
+        return files;
+    }
+
+    // Each old file is some file's beginning, and the registry's sections are there, maybe with more.
+    void CheckKept(const Writer &writer, bool openFails) const
+    {
+        const Files files = Logs();
+        for (const auto &[name, content] : old_) {
+            const std::string head = content.substr(0, content.rfind(kTag));
+            const auto keeps = [&head](const auto &file) { return file.second.starts_with(head); };
+            EXPECT_TRUE(std::any_of(files.begin(), files.end(), keeps) || name == writer.drops ||
+                        (name == writer.dropsByFault && (openFails || (sweptError != 0 && name == kOlder))))
+                << name;
+        }
+        const std::string registry = Get(kRegistry + (std::filesystem::exists(kRegistry) ? "" : ".bak"));
+        const size_t numbers = registry_.find("\n\n");
+        EXPECT_TRUE(registry.starts_with(registry_.substr(0, numbers))) << registry;
+        EXPECT_TRUE(sweptError != 0 || registry.find(registry_.substr(numbers)) != std::string::npos) << registry;
+    }
+
+    // How many calls there were.
+    int Sweep(const Writer &writer) const
+    {
+        for (int nth = 1;; ++nth) {
+            Restore();
+            const auto work = [&writer] {
+                TraceBegin();
+                const uint32_t status = writer.write();
+                TraceEnd();
+                return status == SM_STATUS_OK ? 0 : 1;
+            };
+            const auto filter = sweptError == 0       ? nullptr
+                                : sweptError == EINTR ? TakesInterruptibleCall
+                                                      : TakesFileCall;
+            const TraceOutcome outcome = Trace(work, {nth, sweptError, filter});
+            SCOPED_TRACE(std::string(writer.name) + ", " + strerror(sweptError) + " at call " + std::to_string(nth) +
+                         ", number " + std::to_string(outcome.call));
+            CheckKept(writer, sweptError != 0 && outcome.call == SYS_openat);
+            const std::string xml = Logs()[kXML];
+            EXPECT_TRUE(InOtherProcess([&writer] { return writer.next() == SM_STATUS_OK ? 0 : 1; }) == 0 ||
+                        (!xml.empty() && !xml.ends_with(kTag)));
+            CheckKept(writer, sweptError != 0 && outcome.call == SYS_openat);
+            EXPECT_TRUE(outcome.reached || outcome.exitCode == 0);
+            if (!outcome.reached || HasFailure())
+                return nth - 1;
+        }
+    }
+
+    Files old_;
+    std::string registry_;
+};
+
+TEST_F(Writers, LoseNothingOfWhatWasThere)
+{
+    setenv("gaugeworkinstallpath", folder.c_str(), 1);
+    uint32_t none = 0;
+    ASSERT_EQ(SMGetPathByProductIDandType(35, SM_PATH_LOG, nullptr, &none), SM_STATUS_BUFFER_TOO_SMALL); // read anew
+    const auto begin = [] {
+        uint32_t status = AppendText() | AppendXML();
+        for (const char *name : {"older", "old"})
+            status |= SMSemaphoreRelease(SMSemaphoreCreate(name, 0), 1, nullptr);
+        return static_cast<int>(status);
+    };
+    ASSERT_EQ(InOtherProcess(begin), 0);
+    old_ = Logs();
+    old_["rotated"] = "grown";
+    old_[kOlder] = "earlier";
+    registry_ = Get(kRegistry);
+    for (const std::vector<int> &errors : {std::vector{0}, {ENOSPC, EACCES, EINTR}}) {
+        for (const Writer &writer : kWriters) {
+            int calls = 0;
+            for (const int error : errors) {
+                sweptError = error;
+                calls += HasFailure() ? 0 : Sweep(writer);
+            }
+            Add(writer.name, calls);
+        }
+        Count(sweptError == 0 ? "kills in uses of names and logs" : "failing calls in uses of names and logs");
+    }
 }
 
 } // namespace

@@ -4,6 +4,7 @@
 
 #include "config/ini_fixture.h"
 #include "config/ini_model.h"
+#include "support/soak.h"
 
 namespace {
 
@@ -85,14 +86,15 @@ protected:
         }
     }
 
-    std::mt19937 random_{4711};
+    std::mt19937 random_{static_cast<unsigned>(FromEnvironment("QZVEST_SEED", 4711))};
     std::string content_;
     bool exists_ = false;
 };
 
 TEST_F(IniModel, AgreesOnOddFilesAndSequencesOfChanges)
 {
-    for (int file = 0; file < kFiles && !HasFatalFailure(); ++file) {
+    const int files = kFiles * FromEnvironment("QZVEST_SOAK", 1);
+    for (int file = 0; file < files && !HasFatalFailure(); ++file) {
         SCOPED_TRACE(file);
         unlink(path.c_str());
         content_ = Content();
@@ -115,6 +117,7 @@ TEST_F(IniModel, AgreesOnOddFilesAndSequencesOfChanges)
         }
         ASSERT_NO_FATAL_FAILURE(CompareReads()) << content_;
     }
+    std::printf("COUNT INI files beside the model: %d files, %d changes\n", files, files * kChangesPerFile);
 }
 
 } // namespace

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "ipc/lock_fixture.h"
+#include "support/soak.h"
 
 namespace {
 
@@ -18,6 +19,8 @@ constexpr bool kSlow = true;
 #else
 constexpr bool kSlow = false;
 #endif
+
+const int kSoak = FromEnvironment("QZVEST_SOAK", 1);
 
 // What is changed by plain loads and stores under a lock is atomic only to keep its order in front of a kill.
 using Number = std::atomic<int>;
@@ -30,7 +33,7 @@ protected:
         // The set number 0 is no set to those that meet on it: what happens then is not the matter here.
         SMSemaphoreDestroy(SMSemaphoreCreate("first", 0));
         std::filesystem::remove(kRegistry);
-        alarm(180);
+        alarm(180 * static_cast<unsigned>(kSoak));
     }
     // Nobody outlives the parent, which the alarm ends when something hangs.
     static pid_t Fork()
@@ -123,16 +126,17 @@ TEST_F(Storm, EveryNameGetsOneKeyAndOneSet)
             SMSemaphoreDestroy(semaphore);
         }
     EXPECT_EQ(SetsInUse(), 0);
+    std::printf("COUNT storm on names: %d processes, %d names\n", kNamers, kNamers * kNames);
 }
 
 // ---- Work while processes are killed ----
 
 constexpr int kWorkers = 6;
 constexpr int kThreads = 3;
-constexpr int kKills = kSlow ? 8 : 50;
-constexpr int kOperations = kSlow ? 4000 : 60000;
-static_assert(kOperations % kKills == 0); // so that there are no more
-constexpr int kSlots = kWorkers + kKills;
+constexpr int kMostKills = 200;
+const int kKills = std::min((kSlow ? 8 : 50) * kSoak, kMostKills);
+const int kOperations = (kSlow ? 4000 : 60000) * kSoak; // a multiple of the kills, so that there are no more
+constexpr int kSlots = kWorkers + kMostKills;
 constexpr unsigned char kTimeToKill = 255; // in place of a slot
 constexpr uint32_t kMemorySize = 4096;
 constexpr const char *kSettings = "/run/storm.ini";
@@ -421,7 +425,8 @@ TEST_F(Soak, WhatTheKilledLeaveHindersNobody)
     for (int slot = 0, zero = 0; slot < kSlots; ++slot)
         SMWriteINIPathFileValue("s", Own(slot).c_str(), INI_TYPE_INT32, &zero, sizeof zero, kSettings, 1);
     RunAll();
-    std::printf("%d processes of %d threads, %d operations, %d kills\n", started, kThreads, kOperations, killed);
+    std::printf("COUNT storm on objects: %d processes, %d threads, %d operations, %d kills\n", started,
+                started * kThreads, kOperations, killed);
     EXPECT_EQ(board->faultLine, 0) << "a worker's check in this line failed";
     EXPECT_GE(board->operations, kOperations);
     EXPECT_GT(killed, kKills / 2);

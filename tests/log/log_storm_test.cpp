@@ -16,6 +16,8 @@
 #include <string>
 #include <vector>
 
+#include "support/soak.h"
+
 namespace {
 
 constexpr uint32_t kProcesses = 8;
@@ -124,14 +126,9 @@ void Check(const std::string &log, const std::string &backup, const Format &form
     EXPECT_LT(count, size_t{kProcesses} * kEvents); // there were several backups
 }
 
-TEST(LogStorm, NoEventIsTornOrTwice)
+void Storm()
 {
-    std::filesystem::create_directories("/var/run/qz/.ipc");
-    std::filesystem::remove_all(kRoot);
-    std::filesystem::create_directories(kRoot);
-    setenv("gaugeworkinstallpath", kRoot.c_str(), 1);
-    uint32_t none = 0;
-    ASSERT_EQ(SMGetPathByProductIDandType(35, SM_PATH_LOG, nullptr, &none), SM_STATUS_BUFFER_TOO_SMALL); // is read anew
+    std::filesystem::remove_all(kRoot + "/log");
     std::vector<pid_t> children;
     for (uint32_t process = 0; process < kProcesses; ++process) {
         const pid_t child = fork();
@@ -150,6 +147,20 @@ TEST(LogStorm, NoEventIsTornOrTwice)
     EXPECT_TRUE(!std::filesystem::exists(log + "xm_") || IsWellFormed(Get(log + "xm_")));
     Check(log + "xml", log + "xm_", kXML);
     Check(log + "log", log + "lo_", kText);
+}
+
+TEST(LogStorm, NoEventIsTornOrTwice)
+{
+    std::filesystem::create_directories("/var/run/qz/.ipc");
+    std::filesystem::create_directories(kRoot);
+    setenv("gaugeworkinstallpath", kRoot.c_str(), 1);
+    uint32_t none = 0;
+    ASSERT_EQ(SMGetPathByProductIDandType(35, SM_PATH_LOG, nullptr, &none), SM_STATUS_BUFFER_TOO_SMALL); // is read anew
+    const auto rounds = static_cast<uint32_t>(FromEnvironment("QZVEST_SOAK", 1));
+    for (uint32_t round = 0; round < rounds && !HasFailure(); ++round)
+        Storm();
+    std::printf("COUNT storm on logs: %u processes, %u events in each of two logs\n", rounds * kProcesses,
+                rounds * kProcesses * kEvents);
 }
 
 } // namespace

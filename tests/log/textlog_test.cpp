@@ -335,7 +335,7 @@ TEST_F(TextLog, AKilledWriterLeavesWholeLines)
             ++points;
         }
     }
-    std::printf("%d crash points\n", points);
+    std::printf("COUNT text log appends killed: %d crash points\n", points);
 }
 
 } // namespace

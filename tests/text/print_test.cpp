@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "support/ownlocale.h"
+#include "support/soak.h"
 #include "text/units.h"
 
 namespace {
@@ -153,7 +154,7 @@ constexpr int kRounds = 1000000;
 
 uint64_t Random()
 {
-    static std::mt19937_64 engine(50);
+    static std::mt19937_64 engine(static_cast<unsigned>(FromEnvironment("QZVEST_SEED", 50)));
     return engine();
 }
 
@@ -266,8 +267,10 @@ void Compare(const Field &field, double value)
 
 TEST(PrintDouble, AgreesWithTheCLibrary)
 {
-    for (int i = 0; i < kRounds && !HasFailure(); ++i)
+    const int rounds = kRounds * FromEnvironment("QZVEST_SOAK", 1);
+    for (int i = 0; i < rounds && !HasFailure(); ++i)
         Compare(SomeField(), SomeDouble(i % 6));
+    std::printf("COUNT prints beside the C library: %d doubles\n", rounds);
     for (const double value :
          {0.0, -0.0, -5e-324, HUGE_VAL, -HUGE_VAL, double{NAN}, -double{NAN}, 1.7976931348623157e+308, 9.5})
         for (const int precision : {-1, 0, 1, 6, 17, 330, 767, 780})
