@@ -10,7 +10,7 @@ template <typename T>
 inline T LoadAs(const void *from)
 {
     T value;
-    std::memcpy(&value, from, sizeof value);
+    std::memcpy(&value, from, sizeof value); // NOLINT(bugprone-sizeof-expression): T may be a pointer
     return value;
 }
 
