@@ -2,11 +2,9 @@
 
 #include <strings.h>
 
+#include <algorithm>
 #include <cctype>
 #include <cstring>
-
-#include "compat/string.h"
-#include "frame/heap.h"
 
 namespace qzvest {
 namespace {
@@ -16,17 +14,9 @@ uint8_t Byte(char c)
     return static_cast<uint8_t>(c);
 }
 
-// Tab, line feed, carriage return and blank. Not isspace: vertical tab and form feed are text here.
-bool IsTrimmed(char c)
-{
-    constexpr uint64_t kSet = UINT64_C(1) << 0x09 | UINT64_C(1) << 0x0A | UINT64_C(1) << 0x0D | UINT64_C(1) << 0x20;
-    return Byte(c) <= 0x20 && (kSet >> Byte(c) & 1) != 0;
-}
-
-// Folds ASCII letters alone, whatever the locale.
 int32_t Folded(char c)
 {
-    return Byte(c) + (Byte(c) >= 0x41 && Byte(c) <= 0x5A ? 0x20 : 0);
+    return Byte(AsciiLower(c));
 }
 
 // Through the locale's table, as toupper and tolower use it.
@@ -45,7 +35,7 @@ char *SMUTF8ltrim(char *string)
 {
     if (string == nullptr)
         return nullptr;
-    for (; IsTrimmed(*string); ++string)
+    for (; IsTextSpace(*string); ++string)
         *string = '\0';
     return string;
 }
@@ -54,7 +44,7 @@ char *SMUTF8rtrim(char *string)
 {
     if (string == nullptr)
         return nullptr;
-    for (char *end = string + std::strlen(string); end != string && IsTrimmed(end[-1]);)
+    for (char *end = string + std::strlen(string); end != string && IsTextSpace(end[-1]);)
         *--end = '\0';
     return string;
 }
@@ -97,10 +87,9 @@ char *UTF8StrdupSized(const char *string, uint32_t *sizeOut)
     if (string == nullptr)
         return nullptr;
     const size_t size = std::strlen(string) + 1;
-    HeapPtr<char> copy(HeapRoom<char>(size));
+    HeapPtr<char> copy = UTF8Copy({string, size - 1});
     if (!copy)
         return nullptr;
-    (void)strcpy_s(copy.get(), size, string); // cannot fail: the room was measured for it
     if (sizeOut != nullptr)
         *sizeOut = static_cast<uint32_t>(size);
     return copy.release();
@@ -134,15 +123,18 @@ char *SMUTF8Strstri(const char *haystack, const char *needle)
     return nullptr;
 }
 
-char *UTF8Joined(const char *first, const char *second, const char *third)
+HeapPtr<char> UTF8Join(std::initializer_list<std::string_view> pieces)
 {
-    const size_t sizes[] = {std::strlen(first), std::strlen(second), std::strlen(third) + 1};
-    char *const text = static_cast<char *>(std::malloc(sizes[0] + sizes[1] + sizes[2]));
-    if (text == nullptr)
+    size_t length = 0;
+    for (const std::string_view piece : pieces)
+        length += piece.size();
+    HeapPtr<char> text = HeapRoom<char>(length + 1);
+    if (!text)
         return nullptr;
-    std::memcpy(text, first, sizes[0]);
-    std::memcpy(text + sizes[0], second, sizes[1]);
-    std::memcpy(text + sizes[0] + sizes[1], third, sizes[2]);
+    char *end = text.get();
+    for (const std::string_view piece : pieces)
+        end = std::copy(piece.begin(), piece.end(), end);
+    *end = '\0';
     return text;
 }
 

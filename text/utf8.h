@@ -3,6 +3,10 @@
 #define TEXT_UTF8_H
 
 #include <cstdint>
+#include <initializer_list>
+#include <string_view>
+
+#include "frame/heap.h"
 
 namespace qzvest {
 
@@ -26,8 +30,24 @@ constexpr char AsciiUpper(char c)
     return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
 }
 
-// The three texts as one on the heap, which the caller frees; NULL when memory runs out.
-char *UTF8Joined(const char *first, const char *second, const char *third);
+// White space of files and trimmed texts. Not isspace: vertical tab and form feed are text here.
+constexpr bool IsTextSpace(char c)
+{
+    return c == '\t' || c == '\n' || c == '\r' || c == ' ';
+}
+
+// The pieces as one text with a terminator; empty when memory runs out.
+HeapPtr<char> UTF8Join(std::initializer_list<std::string_view> pieces);
+
+inline HeapPtr<char> UTF8Copy(std::string_view text)
+{
+    return UTF8Join({text});
+}
+
+inline char *UTF8Joined(const char *first, const char *second, const char *third)
+{
+    return UTF8Join({first, second, third}).release();
+}
 
 // SMUTF8Strdup that tells the bytes of the copy, terminator included; 0 when there is none. sizeOut may be NULL.
 char *UTF8StrdupSized(const char *string, uint32_t *sizeOut);
