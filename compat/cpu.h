@@ -3,6 +3,9 @@
 #ifndef COMPAT_CPU_H
 #define COMPAT_CPU_H
 
+// For what is to be compiled with the instructions of the function that it is inlined into.
+#define QZVEST_INLINE __attribute__((always_inline)) inline
+
 #if defined(__x86_64__) && defined(__GNUC__)
 
 #define QZVEST_X86 1

@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "compat/load.h"
 #include "compat/print.h"
 #include "compat/string.h"
 #include "config/ini.h"
@@ -36,7 +37,7 @@ bool ParseBool(char *text, void *value)
     if (!isTrue && strcasecmp(word, "FALSE") != 0)
         return false;
     const uint16_t result = isTrue ? 1 : 0;
-    std::memcpy(value, &result, sizeof result);
+    StoreAs(value, result);
     return true;
 }
 
@@ -60,7 +61,7 @@ template <typename Number, Number (*kRead)(const char *)>
 bool ParseNumber(char *text, void *value)
 {
     const Number result = kRead(text);
-    std::memcpy(value, &result, sizeof result);
+    StoreAs(value, result);
     return true;
 }
 
@@ -68,25 +69,19 @@ bool ParseNumber(char *text, void *value)
 
 void PrintBool(const void *value, char *text)
 {
-    uint16_t word;
-    std::memcpy(&word, value, sizeof word);
-    (void)strcpy_s(text, kNumberText, word == 1 ? "TRUE" : "FALSE");
+    (void)strcpy_s(text, kNumberText, LoadAs<uint16_t>(value) == 1 ? "TRUE" : "FALSE");
 }
 
 // kWrite takes the number widened to 64 bits.
 template <typename Number, auto kWrite>
 void PrintNumber(const void *value, char *text)
 {
-    Number number;
-    std::memcpy(&number, value, sizeof number);
-    kWrite(text, number);
+    kWrite(text, LoadAs<Number>(value));
 }
 
 void PrintDouble(const void *value, char *text)
 {
-    double number;
-    std::memcpy(&number, value, sizeof number);
-    (void)sprintf_s(text, kNumberText, "%.8f", number);
+    (void)sprintf_s(text, kNumberText, "%.8f", LoadAs<double>(value));
 }
 
 // ---- The types of a fixed size ----

@@ -10,6 +10,8 @@
 #include <bit>
 #include <cstring>
 
+#include "compat/load.h"
+
 namespace qzvest {
 namespace {
 
@@ -25,15 +27,13 @@ constexpr uint32_t kBlockWords = 4 * sizeof(Words) / kWordBytes;
 
 uint32_t LoadWord(const SMHashTable *table, uint32_t index)
 {
-    uint32_t word;
-    std::memcpy(&word, static_cast<const char *>(table) + size_t{index} * kWordBytes, sizeof word);
-    return word;
+    return LoadAs<uint32_t>(static_cast<const char *>(table) + size_t{index} * kWordBytes);
 }
 
 uint32_t SetBit(SMHashTable *table, uint32_t index, uint32_t bit)
 {
     const uint32_t word = LoadWord(table, index) | uint32_t{1} << bit;
-    std::memcpy(static_cast<char *>(table) + size_t{index} * kWordBytes, &word, sizeof word);
+    StoreAs(static_cast<char *>(table) + size_t{index} * kWordBytes, word);
     return index * kWordBits + bit;
 }
 
@@ -44,9 +44,7 @@ constexpr auto kPartlyUsed = [](auto word) { return (word + 1) & 0xFFFFFFFEu; };
 
 Words LoadPart(const char *block, size_t number)
 {
-    Words part;
-    std::memcpy(&part, block + number * sizeof part, sizeof part);
-    return part;
+    return LoadAs<Words>(block + number * sizeof(Words));
 }
 
 template <typename Goal>

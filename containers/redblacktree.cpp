@@ -7,6 +7,8 @@
 #include <cstddef>
 #include <cstdlib>
 
+#include "frame/heap.h"
+
 namespace qzvest {
 namespace {
 
@@ -134,27 +136,6 @@ void FixAfterDelete(SMRedBlackTree *tree, Node *node, Node *parent)
         (*tree)->color = SM_RBT_BLACK;
 }
 
-// Takes node out of the tree and frees it. A node with two children stays and takes over the data of its
-// in-order successor, whose node goes instead.
-void Remove(SMRedBlackTree *tree, Node *node)
-{
-    Node *leaving = node;
-    if (node->left != nullptr && node->right != nullptr) {
-        leaving = node->right;
-        while (leaving->left != nullptr)
-            leaving = leaving->left;
-        node->data = leaving->data;
-    }
-    Node *child = leaving->left != nullptr ? leaving->left : leaving->right;
-    Node *parent = leaving->parent;
-    *LinkOf(tree, leaving) = child;
-    if (child != nullptr)
-        child->parent = parent;
-    if (leaving->color == SM_RBT_BLACK)
-        FixAfterDelete(tree, child, parent);
-    std::free(leaving);
-}
-
 TreePlace FindByKey(SMRedBlackTree *tree, void *key, SMCompareCallback compare)
 {
     return TreeFind(tree, [=](void *data) { return compare(key, data); });
@@ -190,13 +171,34 @@ void *WalkSteered(Node *node, void *context, SMVisitCallback visit)
 
 Node *TreeInsertAt(SMRedBlackTree *tree, TreePlace place, void *data)
 {
-    auto *node = static_cast<Node *>(std::malloc(sizeof(Node)));
+    Node *node = HeapRoom<Node>(1).release();
     if (node == nullptr)
         return nullptr;
     *node = {nullptr, nullptr, place.parent, data, SM_RBT_RED};
     *place.link = node;
     FixAfterInsert(tree, node);
     return node;
+}
+
+// A node with two children stays and takes over the data of its in-order successor, whose node goes instead.
+void TreeRemoveAt(SMRedBlackTree *tree, TreePlace place)
+{
+    Node *const node = *place.link;
+    Node *leaving = node;
+    if (node->left != nullptr && node->right != nullptr) {
+        leaving = node->right;
+        while (leaving->left != nullptr)
+            leaving = leaving->left;
+        node->data = leaving->data;
+    }
+    Node *child = leaving->left != nullptr ? leaving->left : leaving->right;
+    Node *parent = leaving->parent;
+    *LinkOf(tree, leaving) = child;
+    if (child != nullptr)
+        child->parent = parent;
+    if (leaving->color == SM_RBT_BLACK)
+        FixAfterDelete(tree, child, parent);
+    std::free(leaving);
 }
 
 void SMRedBlackTreeAttach(SMRedBlackTree *tree)
@@ -242,10 +244,10 @@ uint32_t SMRedBlackTreeDataDelete(SMRedBlackTree *tree, void *key, SMCompareCall
 {
     if (tree == nullptr || key == nullptr || compare == nullptr)
         return SM_STATUS_INVALID_PARAMETER;
-    Node *node = *FindByKey(tree, key, compare).link;
-    if (node == nullptr)
+    const TreePlace place = FindByKey(tree, key, compare);
+    if (*place.link == nullptr)
         return SM_STATUS_NOT_FOUND;
-    Remove(tree, node);
+    TreeRemoveAt(tree, place);
     return SM_STATUS_OK;
 }
 
@@ -270,10 +272,8 @@ void *SMRedBlackTreeDataWalk(SMRedBlackTree root, void *context, SMVisitCallback
         return WalkInOrder<&Node::left>(root, context, visit);
     case SM_RBT_WALK_DESCENDING:
         return WalkInOrder<&Node::right>(root, context, visit);
-    case SM_RBT_WALK_SEARCH: {
-        Node *node = *TreeFind(&root, [=](void *data) { return visit(context, data); }).link;
-        return node != nullptr ? node->data : nullptr;
-    }
+    case SM_RBT_WALK_SEARCH:
+        return TreeDataAt<void>(TreeFind(&root, [=](void *data) { return visit(context, data); }));
     case SM_RBT_WALK_STEERED:
         return WalkSteered(root, context, visit);
     default:

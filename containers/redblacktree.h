@@ -51,6 +51,16 @@ inline TreePlace TreeFind(SMRedBlackTree *tree, Order order)
 // Puts data into an empty place of this tree. Gives its node, or NULL when memory runs out.
 SMRedBlackTreeNode *TreeInsertAt(SMRedBlackTree *tree, TreePlace place, void *data);
 
+// Takes the element of an occupied place out; what it points to stays.
+void TreeRemoveAt(SMRedBlackTree *tree, TreePlace place);
+
+// The element of a place, or NULL.
+template <typename T>
+inline T *TreeDataAt(TreePlace place)
+{
+    return *place.link != nullptr ? static_cast<T *>((*place.link)->data) : nullptr;
+}
+
 // The walk in ascending order: for (node = TreeFirst(root); node != nullptr; node = TreeNext(node)).
 inline SMRedBlackTreeNode *TreeFirst(SMRedBlackTree root)
 {
@@ -58,6 +68,27 @@ inline SMRedBlackTreeNode *TreeFirst(SMRedBlackTree root)
         return nullptr;
     while (root->left != nullptr)
         root = root->left;
+    return root;
+}
+
+// The node that follows in ascending order, or NULL.
+inline SMRedBlackTreeNode *TreeNext(SMRedBlackTreeNode *node)
+{
+    if (node->right != nullptr)
+        return TreeFirst(node->right);
+    SMRedBlackTreeNode *parent = node->parent;
+    while (parent != nullptr && parent->right == node) {
+        node = parent;
+        parent = node->parent;
+    }
+    return parent;
+}
+
+// The node of the highest element, or NULL.
+inline SMRedBlackTreeNode *TreeLast(SMRedBlackTree root)
+{
+    while (root != nullptr && root->right != nullptr)
+        root = root->right;
     return root;
 }
 
@@ -83,25 +114,6 @@ inline void TreeClear(SMRedBlackTree *tree, Release release)
             above->left = nullptr;
         node = above;
     }
-}
-
-inline SMRedBlackTreeNode *TreeLast(SMRedBlackTree root)
-{
-    while (root != nullptr && root->right != nullptr)
-        root = root->right;
-    return root;
-}
-
-inline SMRedBlackTreeNode *TreeNext(SMRedBlackTreeNode *node)
-{
-    if (node->right != nullptr)
-        return TreeFirst(node->right);
-    SMRedBlackTreeNode *parent = node->parent;
-    while (parent != nullptr && parent->right == node) {
-        node = parent;
-        parent = node->parent;
-    }
-    return parent;
 }
 
 } // namespace qzvest

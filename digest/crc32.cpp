@@ -16,6 +16,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "compat/load.h"
 #include "frame/heap.h"
 
 namespace qzvest {
@@ -57,13 +58,6 @@ constexpr std::array<uint32_t, kLanes> LaneFactors()
     for (size_t lane = kLanes - 1; lane > 0; --lane)
         factors[lane - 1] = MultiplySlowly(factors[lane], oneLane);
     return factors;
-}
-
-inline uint32_t Word(const uint8_t *bytes)
-{
-    uint32_t word;
-    std::memcpy(&word, bytes, sizeof word);
-    return word;
 }
 
 inline uint32_t Step(const uint32_t *entries, uint32_t value)
@@ -110,7 +104,7 @@ uint32_t UpdateBlock(const uint32_t *entries, uint32_t value, const uint8_t *byt
     for (size_t at = 0; at < kLaneBytes; at += sizeof(uint32_t)) {
 #pragma GCC unroll 16
         for (size_t lane = 0; lane < kLanes; ++lane)
-            lanes[lane] ^= Word(bytes + lane * kLaneBytes + at);
+            lanes[lane] ^= LoadAs<uint32_t>(bytes + lane * kLaneBytes + at);
 #pragma GCC unroll 4
         for (size_t byte = 0; byte < sizeof(uint32_t); ++byte) {
 #pragma GCC unroll 16
@@ -140,10 +134,9 @@ inline uint32_t UpdateBlocks(uint32_t value, Span &rest)
 
 int CRC32TableAttach()
 {
-    HeapPtr<uint32_t> entries = HeapRoom<uint32_t>(kTableEntries);
-    if (!entries)
+    table = HeapRoom<uint32_t>(kTableEntries).release();
+    if (table == nullptr)
         return 0;
-    table = entries.release();
     table[0] = 0;
     uint32_t value = 1;
     for (size_t stride = kTableEntries / 2; stride > 0; stride /= 2) {

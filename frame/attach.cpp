@@ -1,7 +1,7 @@
 // The attach chain: what the library brings up when it is loaded, and in which order.
 //
-// None of the state here is locked: the dynamic loader runs load-time entries one at a time, before any other
-// thread can call in and after the last has stopped.
+// None of the state here is locked: the dynamic loader runs load-time entries one at a time. Threads that still wait
+// in a call look at `detaching` alone.
 
 #include <syslog.h>
 
@@ -51,7 +51,12 @@ constexpr AttachStep kSteps[] = {
 // The two counts move in step. attachCount is a second guard against entering the chains again.
 int32_t loadCount;
 int32_t attachCount;
-uint16_t detaching;
+uint16_t detaching; // other threads read it
+
+void SetDetaching(uint16_t value)
+{
+    __atomic_store_n(&detaching, value, __ATOMIC_RELAXED);
+}
 
 } // namespace
 
@@ -90,7 +95,7 @@ int SMModuleDetach()
 int SMModuleStart()
 {
     if (loadCount < 1) {
-        detaching = 0;
+        SetDetaching(0);
         if (SMModuleAttach() != 1)
             ModuleAttachFailure();
     }
@@ -103,7 +108,7 @@ int SMModuleStop()
     if (loadCount < 1)
         return 0;
     if (--loadCount == 0) {
-        detaching = 1;
+        SetDetaching(1);
         (void)SMModuleDetach(); // always 1
     }
     return 1;
@@ -111,7 +116,7 @@ int SMModuleStop()
 
 uint16_t SMModuleIsDetaching()
 {
-    return detaching;
+    return __atomic_load_n(&detaching, __ATOMIC_RELAXED);
 }
 
 void ModuleAttachFailure()

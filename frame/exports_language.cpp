@@ -4,7 +4,7 @@
 
 extern "C" {
 
-uint32_t SMGetLocalLanguageID(void)
+uint32_t SMGetLocalLanguageID()
 {
     return qzvest::SMGetLocalLanguageID();
 }

@@ -5,17 +5,17 @@
 
 extern "C" {
 
-uint32_t VESTGetMajorVersion(void)
+uint32_t VESTGetMajorVersion()
 {
     return qzvest::VESTGetMajorVersion();
 }
 
-uint32_t VESTGetMinorVersion(void)
+uint32_t VESTGetMinorVersion()
 {
     return qzvest::VESTGetMinorVersion();
 }
 
-uint32_t VESTGetRevision(void)
+uint32_t VESTGetRevision()
 {
     return qzvest::VESTGetRevision();
 }

@@ -4,7 +4,7 @@
 
 extern "C" {
 
-SMSDOConfig *SMSDOConfigAlloc(void)
+SMSDOConfig *SMSDOConfigAlloc()
 {
     return qzvest::SMSDOConfigAlloc();
 }

@@ -24,12 +24,12 @@ uint32_t SMThreadStartAndRelease(SMThreadRoutine routine, void *argument)
     return qzvest::SMThreadStartAndRelease(routine, argument);
 }
 
-int32_t SMThreadYield(void)
+int32_t SMThreadYield()
 {
     return qzvest::SMThreadYield();
 }
 
-uint64_t SMThreadGetID(void)
+uint64_t SMThreadGetID()
 {
     return qzvest::SMThreadGetID();
 }

@@ -45,30 +45,22 @@ FunctionEntry *Enter(SMCriticalSectionFunction function)
 {
     const MutexGuard guard(tableMutex);
     const TreePlace place = Find(function);
-    auto *entry =
-        *place.link != nullptr ? static_cast<FunctionEntry *>((*place.link)->data) : MakeEntry(function, place);
+    auto *entry = TreeDataAt<FunctionEntry>(place);
+    if (entry == nullptr)
+        entry = MakeEntry(function, place);
     if (entry != nullptr)
         ++entry->references;
     return entry;
-}
-
-int32_t CompareAddress(void *key, void *data)
-{
-    const auto wanted = reinterpret_cast<uintptr_t>(key);
-    const auto address = reinterpret_cast<uintptr_t>(static_cast<FunctionEntry *>(data)->function);
-    return wanted == address ? 0 : wanted < address ? -1 : 1;
 }
 
 void Leave(SMCriticalSectionFunction function)
 {
     const MutexGuard guard(tableMutex);
     const TreePlace place = Find(function);
-    if (*place.link == nullptr)
+    auto *entry = TreeDataAt<FunctionEntry>(place);
+    if (entry == nullptr || --entry->references >= 1)
         return;
-    auto *entry = static_cast<FunctionEntry *>((*place.link)->data);
-    if (--entry->references >= 1)
-        return;
-    (void)SMRedBlackTreeDataDelete(&table, reinterpret_cast<void *>(function), CompareAddress);
+    TreeRemoveAt(&table, place);
     (void)pthread_mutex_destroy(&entry->mutex);
     std::free(entry);
 }

@@ -139,9 +139,9 @@ SMFileLock *SMFileLockOpen(const char *path)
     const TreePlace place = TreeFind(&registryTree, [path](const void *data) {
         return std::strcmp(path, static_cast<const SMFileLock *>(data)->path);
     });
-    if (*place.link != nullptr) {
-        lastRecord = static_cast<SMFileLock *>((*place.link)->data);
-        return lastRecord;
+    if (auto *known = TreeDataAt<SMFileLock>(place)) {
+        lastRecord = known;
+        return known;
     }
     RecordPtr lock = MakeRecord(path);
     if (!lock)

@@ -40,8 +40,8 @@ TreePlace Find(const char *path)
 LogLimit *FindOrAdd(const char *path, uint32_t limit, uint32_t &status)
 {
     const TreePlace place = Find(path);
-    if (*place.link != nullptr)
-        return static_cast<LogLimit *>((*place.link)->data);
+    if (auto *known = TreeDataAt<LogLimit>(place))
+        return known;
     HeapPtr<LogLimit> record = HeapRoom<LogLimit>(1);
     status = SM_STATUS_NO_MEMORY;
     if (!record)

@@ -47,22 +47,10 @@ const char *NameOf(const FLibEntry *entry)
 }
 
 template <typename Element>
-int32_t CompareName(void *key, void *data)
-{
-    return std::strcmp(static_cast<const char *>(key), NameOf(static_cast<const Element *>(data)));
-}
-
-template <typename Element>
 TreePlace Find(SMRedBlackTree *tree, const char *name)
 {
     return TreeFind(tree,
                     [name](const void *data) { return std::strcmp(name, NameOf(static_cast<const Element *>(data))); });
-}
-
-template <typename Element>
-Element *ElementAt(TreePlace place)
-{
-    return *place.link != nullptr ? static_cast<Element *>((*place.link)->data) : nullptr;
 }
 
 void FreeSymbol(Symbol *symbol)
@@ -124,7 +112,7 @@ FLibEntry *AddLibrary(const char *path, const char *client, TreePlace place)
 FLibEntry *EntryOf(const char *path, const char *client)
 {
     const TreePlace place = Find<FLibEntry>(&cache, path);
-    FLibEntry *entry = ElementAt<FLibEntry>(place);
+    FLibEntry *entry = TreeDataAt<FLibEntry>(place);
     if (entry == nullptr)
         return AddLibrary(path, client, place);
     return AddClient(entry, client) ? entry : nullptr;
@@ -133,7 +121,7 @@ FLibEntry *EntryOf(const char *path, const char *client)
 void *AddressOf(FLibEntry *entry, const char *name)
 {
     const TreePlace place = Find<Symbol>(&entry->symbols, name);
-    if (const Symbol *known = ElementAt<Symbol>(place))
+    if (const Symbol *known = TreeDataAt<Symbol>(place))
         return known->address;
     HeapPtr<Symbol> symbol = HeapRoom<Symbol>(1);
     HeapPtr<char> copy(SMUTF8Strdup(name));
@@ -169,22 +157,18 @@ uint32_t SMFLibUnLoad(const char *client, const char *path)
     if (client == nullptr || path == nullptr)
         return SM_STATUS_INVALID_PARAMETER;
     const MutexGuard guard(cacheMutex);
-    FLibEntry *entry = ElementAt<FLibEntry>(Find<FLibEntry>(&cache, path));
+    const TreePlace place = Find<FLibEntry>(&cache, path);
+    auto *entry = TreeDataAt<FLibEntry>(place);
     if (entry == nullptr)
         return SM_STATUS_OK;
-    uint32_t status = SM_STATUS_OK;
-    char *const known = ElementAt<char>(Find<char>(&entry->clients, client));
-    if (known != nullptr && SMRedBlackTreeDataDelete(&entry->clients, known, CompareName<char>) != SM_STATUS_OK)
-        status = SM_STATUS_FAILED;
-    else
-        --entry->clientCount;
-    if (status == SM_STATUS_OK)
-        std::free(known);
-    if (entry->clientCount < 1) {
-        (void)SMRedBlackTreeDataDelete(&cache, entry->path, CompareName<FLibEntry>);
+    const TreePlace clientPlace = Find<char>(&entry->clients, client);
+    if (const HeapPtr<char> known(TreeDataAt<char>(clientPlace)); known)
+        TreeRemoveAt(&entry->clients, clientPlace);
+    if (--entry->clientCount < 1) {
+        TreeRemoveAt(&cache, place);
         DestroyEntry(entry);
     }
-    return status;
+    return SM_STATUS_OK;
 }
 
 int LibraryCacheAttach()

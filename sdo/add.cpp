@@ -26,7 +26,7 @@ bool IsFull(const SMSDOConfig *config)
 
 uint64_t ShareOf(const SMSDOEntry *entry)
 {
-    return SMSDOEntryBinarySize(entry->type, entry->data(), entry->size);
+    return SMSDOEntryBinarySize(entry->type, entry->Data(), entry->size);
 }
 
 HeapPtr<SMSDOEntry> MakeEntry(const Value &value)
@@ -36,7 +36,7 @@ HeapPtr<SMSDOEntry> MakeEntry(const Value &value)
         entry->size = value.size;
         entry->id = value.id;
         entry->type = value.type;
-        std::memcpy(entry->data(), value.data, value.size);
+        std::memcpy(entry->Data(), value.data, value.size);
     }
     return entry;
 }
@@ -48,7 +48,7 @@ void Replace(SMSDOConfig *config, SMRedBlackTreeNode *node, HeapPtr<SMSDOEntry> 
     config->binarySize = static_cast<uint32_t>(config->binarySize + share - ShareOf(old.get()));
     // Old objects go only when new ones take their place: the same pointers given again go on living, and
     // under a plain value the caller keeps them. Callers count on both.
-    const bool differs = old->size < entry->size || std::memcmp(old->data(), entry->data(), entry->size) != 0;
+    const bool differs = old->size < entry->size || std::memcmp(old->Data(), entry->Data(), entry->size) != 0;
     if (KindOf(entry->type) == SM_SDO_KIND_OBJECT && differs)
         SMSDOEntryFree(old.get());
     node->data = entry.release();

@@ -1,6 +1,5 @@
 // The flat form, there and back, and what goes by way of it.
 
-#include <cstdlib>
 #include <cstring>
 
 #include "sdo/entry.h"
@@ -25,11 +24,11 @@ HeapPtr<uint8_t> FlattenNested(const SMSDOEntry *entry, uint32_t length)
         return block;
     uint32_t status;
     if ((entry->type & SM_SDO_ARRAY) != 0) {
-        const auto *table = reinterpret_cast<SMSDOConfig *const *>(entry->data());
+        const auto *table = reinterpret_cast<SMSDOConfig *const *>(entry->Data());
         status = SMSDOConfigArrayToBinaryArray(table, static_cast<int32_t>(entry->size / kPointerSize), block.get(),
                                                &length);
     } else {
-        status = SMSDOConfigToBinary(NestedAt(entry->data(), 0), block.get(), &length);
+        status = SMSDOConfigToBinary(NestedAt(entry->Data(), 0), block.get(), &length);
     }
     if (status != SM_STATUS_OK)
         block.reset();
@@ -50,8 +49,8 @@ void WriteLong(FlatWriter &writer, uint8_t *descriptor, const uint8_t *value, ui
 // False, with the total as it was, ends the writing.
 bool WriteEntry(FlatWriter &writer, const SMSDOEntry *entry)
 {
-    const auto length = static_cast<uint32_t>(SMSDOEntryDataSize(entry->type, entry->data(), entry->size));
-    const uint8_t *value = entry->data();
+    const auto length = static_cast<uint32_t>(SMSDOEntryDataSize(entry->type, entry->Data(), entry->size));
+    const uint8_t *value = entry->Data();
     uint8_t type = entry->type;
     HeapPtr<uint8_t> nested;
     if (KindOf(type) == SM_SDO_KIND_OBJECT) {

@@ -35,12 +35,18 @@ int32_t Meet(void *key, void *data)
     return side;
 }
 
+// Both halves: SMSDOEntryFree leaves the entry itself.
 int32_t Release(void *, void *data)
 {
     auto *entry = static_cast<SMSDOEntry *>(data);
     SMSDOEntryFree(entry);
     std::free(entry);
     return 0;
+}
+
+void Clear(SMSDOConfig *config)
+{
+    *config = {nullptr, 0, SM_SDO_HEADER_SIZE, nullptr};
 }
 
 SMSDOEntry *EntryAtIndex(const SMSDOConfig *config, uint32_t index)
@@ -54,7 +60,7 @@ uint32_t CopyOut(const SMSDOEntry *entry, uint8_t *typeOut, void *buffer, uint32
 {
     uint32_t status = SM_STATUS_BUFFER_TOO_SMALL;
     if (buffer != nullptr && *sizeInOut >= entry->size) {
-        std::memcpy(buffer, entry->data(), entry->size);
+        std::memcpy(buffer, entry->Data(), entry->size);
         status = SM_STATUS_OK;
     }
     if (typeOut != nullptr)
@@ -66,7 +72,7 @@ uint32_t CopyOut(const SMSDOEntry *entry, uint8_t *typeOut, void *buffer, uint32
 void RemoveAll(SMSDOConfig *config)
 {
     SMRedBlackTreeDelete(&config->root, nullptr, Release);
-    *config = {nullptr, 0, SM_SDO_HEADER_SIZE, nullptr};
+    Clear(config);
 }
 
 uint32_t RemoveByID(SMSDOConfig *config, uint16_t id)
@@ -81,7 +87,7 @@ uint32_t RemoveByID(SMSDOConfig *config, uint16_t id)
         return status;
     SMSDOEntry *entry = search.found;
     config->count -= 1;
-    config->binarySize -= static_cast<uint32_t>(SMSDOEntryBinarySize(entry->type, entry->data(), entry->size));
+    config->binarySize -= static_cast<uint32_t>(SMSDOEntryBinarySize(entry->type, entry->Data(), entry->size));
     (void)Release(nullptr, entry); // always 0
     return SM_STATUS_OK;
 }
@@ -90,10 +96,10 @@ uint32_t RemoveByID(SMSDOConfig *config, uint16_t id)
 
 SMSDOConfig *SMSDOConfigAlloc()
 {
-    auto *config = static_cast<SMSDOConfig *>(std::malloc(sizeof(SMSDOConfig)));
-    if (config != nullptr)
-        *config = {nullptr, 0, SM_SDO_HEADER_SIZE, nullptr};
-    return config;
+    HeapPtr<SMSDOConfig> config = HeapRoom<SMSDOConfig>(1);
+    if (config)
+        Clear(config.get());
+    return config.release();
 }
 
 void SMSDOConfigFree(SMSDOConfig *config)
@@ -173,7 +179,7 @@ uint32_t SMSDOConfigReCalcBinarySize(SMSDOConfig *config)
             continue;
         }
         for (uint32_t i = 0; i < entry->size / kPointerSize; ++i)
-            total += SMSDOConfigGetBinarySize(NestedAt(entry->data(), i));
+            total += SMSDOConfigGetBinarySize(NestedAt(entry->Data(), i));
     }
     config->binarySize = total;
     return total;

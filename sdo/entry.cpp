@@ -17,8 +17,8 @@ uint64_t NestedDataSize(uint8_t type, const void *data, uint32_t size)
 void FreeNested(SMSDOEntry *entry)
 {
     for (uint32_t i = 0; i < entry->size / kPointerSize; ++i)
-        SMSDOConfigFree(NestedAt(entry->data(), i));
-    std::memset(entry->data(), 0, entry->size);
+        SMSDOConfigFree(NestedAt(entry->Data(), i));
+    std::memset(entry->Data(), 0, entry->size);
 }
 
 } // namespace qzvest

@@ -5,9 +5,9 @@
 #include <qzvest/types.h>
 
 #include <cstdint>
-#include <cstring>
 #include <memory>
 
+#include "compat/load.h"
 #include "containers/redblacktree.h"
 #include "frame/heap.h"
 #include "sdo/sdo.h"
@@ -25,15 +25,15 @@ namespace qzvest {
 
 // One block per entry: these fields, then the value. A nested value is pointers, hence the alignment.
 struct alignas(SMSDOConfig *) SMSDOEntry {
-    uint32_t size; // bytes at data
+    uint32_t size; // bytes at Data()
     uint16_t id;
     uint8_t type;
 
-    uint8_t *data()
+    uint8_t *Data()
     {
         return reinterpret_cast<uint8_t *>(this + 1);
     }
-    const uint8_t *data() const
+    const uint8_t *Data() const
     {
         return reinterpret_cast<const uint8_t *>(this + 1);
     }
@@ -64,9 +64,7 @@ constexpr bool IsValidID(uint16_t id)
 // The index-th pointer of a nested value, which may lie at any address.
 inline SMSDOConfig *NestedAt(const void *data, uint32_t index)
 {
-    SMSDOConfig *object;
-    std::memcpy(&object, static_cast<const uint8_t *>(data) + size_t{index} * kPointerSize, kPointerSize);
-    return object;
+    return LoadAs<SMSDOConfig *>(static_cast<const uint8_t *>(data) + size_t{index} * kPointerSize);
 }
 
 // Bytes that the value takes in the data area of the flat form. No nested object may be NULL.

@@ -6,8 +6,8 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
 
+#include "compat/load.h"
 #include "sdo/entry.h"
 
 namespace qzvest {
@@ -44,20 +44,6 @@ constexpr size_t kInlineAt = offsetof(SMSDOBinaryEntry, length);
 inline const uint8_t *BytesOf(const SMSDOBinary *block)
 {
     return static_cast<const uint8_t *>(block);
-}
-
-template <typename T>
-T LoadAs(const void *from)
-{
-    T value;
-    std::memcpy(&value, from, sizeof value);
-    return value;
-}
-
-template <typename T>
-void StoreAs(void *to, const T &value)
-{
-    std::memcpy(to, &value, sizeof value);
 }
 
 inline FlatHeader HeaderOf(const SMSDOBinary *block)

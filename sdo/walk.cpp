@@ -32,8 +32,11 @@ uint32_t WalkEntry(const uint8_t *descriptor, const SDOWalkCallbacks &callbacks,
     const auto entry = LoadAs<SMSDOBinaryEntry>(descriptor);
     const FlatValue value = ValueOf(descriptor);
     const uint8_t kind = KindOf(entry.type);
-    uint32_t status = callbacks.entry(callbacks.context, &state->childCookie, entry.id, entry.type >> 6,
-                                      (entry.type >> 5) & 1, (entry.type >> 4) & 1, kind, value.size, value.bytes);
+    const uint8_t bits6And7 = entry.type >> 6;
+    const uint8_t bit5 = (entry.type >> 5) & 1;
+    const uint8_t arrayFlag = (entry.type & SM_SDO_ARRAY) != 0 ? 1 : 0;
+    uint32_t status = callbacks.entry(callbacks.context, &state->childCookie, entry.id, bits6And7, bit5, arrayFlag,
+                                      kind, value.size, value.bytes);
     if (status != SM_STATUS_OK)
         return status;
     if (kind == SM_SDO_KIND_FLAT && recurse == 1) {

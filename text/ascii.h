@@ -7,29 +7,24 @@
 #include <cstdint>
 #include <cstring>
 
-namespace qzvest {
+#include "compat/cpu.h"
+#include "compat/load.h"
 
-#define QZVEST_INLINE __attribute__((always_inline)) inline
+namespace qzvest {
 
 using Bytes16 __attribute__((vector_size(16))) = uint8_t;
 using Units16 __attribute__((vector_size(32))) = uint16_t;
 
-QZVEST_INLINE uint64_t WordAt(const void *place)
-{
-    uint64_t word;
-    std::memcpy(&word, place, sizeof word);
-    return word;
-}
-
 // True when one of 16 bytes, or of 16 units, is beyond ASCII.
 QZVEST_INLINE bool BeyondAscii(const char *block)
 {
-    return ((WordAt(block) | WordAt(block + 8)) & UINT64_C(0x8080808080808080)) != 0;
+    return ((LoadAs<uint64_t>(block) | LoadAs<uint64_t>(block + 8)) & UINT64_C(0x8080808080808080)) != 0;
 }
 
 QZVEST_INLINE bool BeyondAscii(const uint16_t *block)
 {
-    return ((WordAt(block) | WordAt(block + 4) | WordAt(block + 8) | WordAt(block + 12)) &
+    return ((LoadAs<uint64_t>(block) | LoadAs<uint64_t>(block + 4) | LoadAs<uint64_t>(block + 8) |
+             LoadAs<uint64_t>(block + 12)) &
             UINT64_C(0xFF80FF80FF80FF80)) != 0;
 }
 

@@ -1,5 +1,6 @@
 #include "text/bignum.h"
 
+#include <bit>
 #include <cstdlib>
 #include <cstring>
 
@@ -7,6 +8,8 @@ namespace qzvest {
 namespace {
 
 constexpr uint32_t kDigitBits = 32;
+
+// Both are under the print's lock.
 
 // By class: what was released and waits for its next use.
 Bignum *freeLists[kBignumClasses];
@@ -45,7 +48,7 @@ void AppendDigit(Bignum *&number, uint32_t digit)
     number->Digits()[number->count++] = digit;
 }
 
-Bignum *Multiply(Bignum *first, Bignum *second)
+Bignum *Multiply(const Bignum *first, const Bignum *second)
 {
     const uint32_t count = first->count + second->count;
     Bignum *product = BignumAcquire(ClassFor(count));
@@ -67,7 +70,7 @@ Bignum *Multiply(Bignum *first, Bignum *second)
 }
 
 // dividend - factor * divisor in the digits of divisor and one more; gives what had to be borrowed beyond them.
-uint32_t SubtractMultiple(uint32_t *dividend, Bignum *divisor, uint32_t factor)
+uint32_t SubtractMultiple(uint32_t *dividend, const Bignum *divisor, uint32_t factor)
 {
     const uint32_t count = divisor->count;
     uint64_t carry = 0;
@@ -85,7 +88,7 @@ uint32_t SubtractMultiple(uint32_t *dividend, Bignum *divisor, uint32_t factor)
 }
 
 // The same area plus divisor; gives the carry beyond it.
-uint32_t AddBack(uint32_t *dividend, Bignum *divisor)
+uint32_t AddBack(uint32_t *dividend, const Bignum *divisor)
 {
     const uint32_t count = divisor->count;
     uint64_t carry = 0;
@@ -135,15 +138,15 @@ Bignum *BignumFrom(uint64_t value)
     return number;
 }
 
-uint32_t BignumBits(Bignum *number)
+uint32_t BignumBits(const Bignum *number)
 {
     if (number->count == 0)
         return 0;
-    const auto unused = static_cast<uint32_t>(__builtin_clz(number->Digits()[number->count - 1]));
+    const auto unused = static_cast<uint32_t>(std::countl_zero(number->Digits()[number->count - 1]));
     return number->count * kDigitBits - unused;
 }
 
-int BignumCompare(Bignum *first, Bignum *second)
+int BignumCompare(const Bignum *first, const Bignum *second)
 {
     if (first->count != second->count)
         return first->count < second->count ? -1 : 1;
@@ -210,7 +213,7 @@ Bignum *BignumTimesPowerOf5(Bignum *number, uint32_t exponent)
 }
 
 // One step of the schoolbook's division, as in Knuth, The Art of Computer Programming, volume 2, 4.3.1, algorithm D.
-uint32_t BignumQuotientStep(Bignum *&dividend, Bignum *divisor)
+uint32_t BignumQuotientStep(Bignum *&dividend, const Bignum *divisor)
 {
     const uint32_t count = divisor->count;
     if (dividend->count < count)

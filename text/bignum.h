@@ -20,6 +20,10 @@ struct Bignum {
     {
         return reinterpret_cast<uint32_t *>(this + 1);
     }
+    const uint32_t *Digits() const
+    {
+        return reinterpret_cast<const uint32_t *>(this + 1);
+    }
 };
 
 constexpr uint32_t kBignumClasses = 16;
@@ -32,10 +36,10 @@ void BignumRelease(Bignum *number);
 
 Bignum *BignumFrom(uint64_t value);
 
-uint32_t BignumBits(Bignum *number);
+uint32_t BignumBits(const Bignum *number);
 
 // Negative, 0 or positive as first is below, equal to or above second.
-int BignumCompare(Bignum *first, Bignum *second);
+int BignumCompare(const Bignum *first, const Bignum *second);
 
 // These consume the number they are given and give the result, which may be the same one.
 Bignum *BignumMultiplyAdd(Bignum *number, uint32_t factor, uint32_t addend);
@@ -44,7 +48,7 @@ Bignum *BignumTimesPowerOf5(Bignum *number, uint32_t exponent);
 
 // One step of a division: gives the quotient and leaves the remainder in dividend. The highest bit of divisor's highest
 // digit is set, and the quotient is at most 10^9.
-uint32_t BignumQuotientStep(Bignum *&dividend, Bignum *divisor);
+uint32_t BignumQuotientStep(Bignum *&dividend, const Bignum *divisor);
 
 } // namespace qzvest
 

@@ -18,8 +18,8 @@
 #include "text/digits.h"
 
 #include <algorithm>
+#include <array>
 #include <bit>
-#include <cstring>
 #include <iterator>
 
 #include "text/bignum.h"
@@ -57,7 +57,7 @@ struct Scaled {
     int32_t scale;
 };
 
-// The last digit string; it goes back to its free list when the next one is made.
+// Under the print's lock: the last digit string. It goes back to its free list when the next one is made.
 Bignum *resultString;
 
 char *NewResult(int32_t size)

@@ -22,26 +22,15 @@ struct TextRelease {
 // The piece of text for one unit, in room for 6 bytes; returns its bytes.
 uint32_t EscapeUnit(uint16_t unit, char *piece)
 {
-    char letter = 0;
-    switch (unit) {
-    case '\t':
-        letter = 't';
-        break;
-    case '\n':
-        letter = 'n';
-        break;
-    case '\r':
-        letter = 'r';
-        break;
-    case '\\':
-        letter = '\\';
-        break;
-    default:
-        break;
-    }
-    if (letter != 0) {
+    static constexpr struct {
+        char unit;
+        char letter;
+    } kLetters[] = {{'\t', 't'}, {'\n', 'n'}, {'\r', 'r'}, {'\\', '\\'}};
+    for (const auto &known : kLetters) {
+        if (unit != known.unit)
+            continue;
         piece[0] = '\\';
-        piece[1] = letter;
+        piece[1] = known.letter;
         return 2;
     }
     if (unit >= 0x20 && unit <= 0x7F) {

@@ -36,7 +36,7 @@ struct Body {
     static constexpr uint32_t kRoom = 6;
 
     Piece pieces[kRoom];
-    uint32_t count;
+    uint32_t count = 0;
     char scratch[8]; // of the exponent
 
     void Add(const char *text, int64_t size)

@@ -17,8 +17,8 @@ namespace {
 // ---- The lock ----
 
 SMMutex *lock;
-uint16_t lockInitialised;
-int lockResult;
+uint16_t attached;
+int attachResult;
 uint32_t exportContext; // cleared at attach; what every call announces
 
 // ---- Output ----
@@ -130,7 +130,6 @@ bool PutText(Engine &engine, Field &field, const char *text, int64_t size)
 {
     field.sign = '\0';
     Body body;
-    body.count = 0;
     body.Add(text, size);
     PutField(engine.output, field, body);
     return true;
@@ -171,7 +170,6 @@ bool PutInteger(Engine &engine, Field &field, uint64_t value, uint32_t base)
     if (value != 0 || field.precision != 0)
         first = PutNumber(end, value, field, base);
     Body body;
-    body.count = 0;
     body.AddZeros(field.precision - (end - first));
     body.Add(first, end - first);
     PutField(engine.output, field, body);
@@ -213,7 +211,6 @@ bool HandleUnsigned(Engine &engine, Field &field, const Conversion &conversion)
 bool HandleDouble(Engine &engine, Field &field, const Conversion &)
 {
     Body body;
-    body.count = 0;
     FormatDouble(field, va_arg(engine.arguments.list, double), body);
     PutField(engine.output, field, body);
     return true;
@@ -438,22 +435,22 @@ int32_t SMFormatPrint(char *destination, uint32_t size, const char *format, ...)
 
 int FormatLockAttach()
 {
-    if (lockInitialised != 0)
-        return lockResult;
+    if (attached != 0)
+        return attachResult;
     exportContext = 0;
     lock = SMMutexCreate(nullptr);
-    lockInitialised = 1;
-    lockResult = lock != nullptr ? 1 : 0;
-    return lockResult;
+    attached = 1;
+    attachResult = lock != nullptr ? 1 : 0;
+    return attachResult;
 }
 
 void FormatLockDetach()
 {
-    if (lockInitialised == 0)
+    if (attached == 0)
         return;
     SMMutexDestroy(lock);
     lock = nullptr;
-    lockInitialised = 0;
+    attached = 0;
 }
 
 } // namespace qzvest

@@ -9,6 +9,7 @@
 #include "compat/print.h"
 #include "compat/string.h"
 #include "frame/heap.h"
+#include "text/decimal.h"
 #include "text/transcode.h"
 #include "text/unitcount.h"
 
@@ -88,13 +89,10 @@ void Int64ToUTF8Str(char *destination, int64_t value)
 void UInt64ToUTF8Str(char *destination, uint64_t value)
 {
     char text[kInt64Text];
-    char *start = text + sizeof text;
-    *--start = '\0';
-    do {
-        *--start = static_cast<char>('0' + value % 10);
-        value /= 10;
-    } while (value != 0);
-    std::memcpy(destination, start, static_cast<size_t>(text + sizeof text - start));
+    char *const end = text + sizeof text - 1;
+    *end = '\0';
+    const char *first = PutDecimal(end, value);
+    std::memcpy(destination, first, static_cast<size_t>(end + 1 - first));
 }
 
 int32_t TimeToUTF8Str(const time_t *time, char *destination, uint32_t bound)
@@ -158,6 +156,7 @@ int32_t DoubleToUCS2Str(int32_t precision, uint16_t *destination, uint32_t *size
 {
     char format[32];
     char text[kScratch];
+    // Not by "%.*f": that takes a negative precision for none, and six digits.
     (void)sprintf_s(format, sizeof format, "%%.%df", precision);
     (void)sprintf_s(text, sizeof text, format, value); // a text that does not fit is empty, and that is no failure
     return HandOver(0, text, destination, sizeInOut);

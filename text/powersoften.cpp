@@ -1,5 +1,6 @@
 #include "text/powersoften.h"
 
+#include <array>
 #include <bit>
 #include <cstddef>
 #include <utility>

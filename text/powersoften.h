@@ -6,7 +6,6 @@
 #ifndef TEXT_POWERSOFTEN_H
 #define TEXT_POWERSOFTEN_H
 
-#include <array>
 #include <cstdint>
 
 namespace qzvest {

@@ -11,8 +11,8 @@
 #include "text/ascii.h"
 #include "text/codepoint.h"
 #include "text/target.h"
+#include "text/transcode_x86.h"
 #include "text/unitcount.h"
-#include "text/vector.h"
 
 namespace qzvest {
 namespace {

@@ -8,7 +8,9 @@
 namespace qzvest {
 namespace {
 
-uint16_t *tokenPosition; // where SMUCS2Strtok goes on; NULL when there is nothing left
+// Where SMUCS2Strtok goes on; NULL when there is nothing left. One for all threads and without a lock: callers see to
+// it that no two threads split at once.
+uint16_t *tokenPosition;
 
 bool Contains(const uint16_t *set, uint16_t unit)
 {

@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <cstring>
 
+#include "compat/load.h"
 #include "frame/heap.h"
 #include "text/sizedstring.h"
 #include "text/transcode.h"
@@ -62,14 +63,6 @@ struct Value {
     uint32_t scratch;
 };
 
-template <typename T>
-T ValueAt(const void *place)
-{
-    T value;
-    std::memcpy(&value, place, sizeof value);
-    return value;
-}
-
 // A terminated room for the translator. Formats can make it copy text that has no terminator of its own.
 HeapPtr<char> Scratch(uint32_t size)
 {
@@ -106,7 +99,7 @@ uint32_t CatTranslated(SMXGBuf *buffer, const Value &value)
 uint32_t CatBool(SMXGBuf *buffer, const Value &value)
 {
     Value sized = value;
-    sized.scratch = ValueAt<int16_t>(value.place) == 1 ? sizeof "true" : sizeof "false";
+    sized.scratch = LoadAs<int16_t>(value.place) == 1 ? sizeof "true" : sizeof "false";
     return CatTranslated(buffer, sized);
 }
 
@@ -151,7 +144,7 @@ uint32_t CatUCS2(SMXGBuf *buffer, const Value &value)
 Value Pointed(const Value &value)
 {
     Value pointed = value;
-    pointed.place = ValueAt<const void *>(value.place);
+    pointed.place = LoadAs<const void *>(value.place);
     return pointed;
 }
 
@@ -166,9 +159,9 @@ uint32_t CatUCS2Pointer(SMXGBuf *buffer, const Value &value)
     return CatUCS2(buffer, Pointed(value));
 }
 
-// How the values of a type go in: way is NULL where they don't.
+// How the values of a type go in: append is NULL where they don't.
 struct TypeWay {
-    uint32_t (*way)(SMXGBuf *buffer, const Value &value);
+    uint32_t (*append)(SMXGBuf *buffer, const Value &value);
     uint32_t scratch; // bytes first given to the translator
 };
 
@@ -274,12 +267,12 @@ uint32_t SMXGBufCatNodeValue(SMXGBuf *buffer, const void *value, uint32_t valueS
         return SM_STATUS_INVALID_PARAMETER;
     if (value == nullptr)
         return SM_STATUS_NOT_FOUND;
-    if (type >= kTypeCount || kTypeWays[type].way == nullptr)
+    if (type >= kTypeCount || kTypeWays[type].append == nullptr)
         return SM_STATUS_FAILED;
     const SMXGValueOptions given = options == nullptr ? SMXGValueOptions{0, 0} : *options;
     const TypeWay &way = kTypeWays[type];
     const auto typeAndFormat = static_cast<uint32_t>(type | given.format);
-    return way.way(buffer, {value, valueSize, typeAndFormat, given.escapeDepth, way.scratch});
+    return way.append(buffer, {value, valueSize, typeAndFormat, given.escapeDepth, way.scratch});
 }
 
 uint32_t SMXGBufCatAttribute(SMXGBuf *attributes, const char *name, const void *value, uint32_t valueSize, uint8_t type,

@@ -8,6 +8,8 @@
 #include <cstring>
 #include <string_view>
 
+#include "compat/cpu.h"
+#include "compat/load.h"
 #include "frame/heap.h"
 #include "text/ascii.h"
 #include "text/sizedstring.h"
@@ -71,6 +73,19 @@ void Put(SMSSUTF8Str *record, const char *piece, uint32_t size)
     }
 }
 
+// The same for a piece of at most kWord bytes, of which all kWord may be read: short ones are too many for a copy of
+// just their size.
+template <uint32_t kWord>
+void PutShort(SMSSUTF8Str *record, const char *piece, uint32_t size)
+{
+    if (record->capacity - record->length > kWord) {
+        std::memcpy(record->text + record->length, piece, kWord);
+        record->length += size;
+    } else {
+        Put(record, piece, size);
+    }
+}
+
 // A run of bytes that stand for themselves: at once, and where there is no memory for that, what there is memory for.
 void PutRun(SMSSUTF8Str *record, const char *at, const char *end)
 {
@@ -86,29 +101,14 @@ void PutRun(SMSSUTF8Str *record, const char *at, const char *end)
     }
 }
 
-// The same for a piece of at most kWord bytes, of which all kWord may be read: short ones are too many for a copy of
-// just their size.
-template <uint32_t kWord>
-void PutShort(SMSSUTF8Str *record, const char *piece, uint32_t size)
-{
-    if (record->capacity - record->length > kWord) {
-        std::memcpy(record->text + record->length, piece, kWord);
-        record->length += size;
-    } else {
-        Put(record, piece, size);
-    }
-}
-
 // Calls replace with the place of each special byte.
 template <typename Replace>
 void ForEachSpecial(const char *at, const char *end, const Replace &replace)
 {
     for (; end - at >= 16; at += 16) {
-        Bytes16 block;
-        std::memcpy(&block, at, sizeof block);
-        const auto specials = SpecialsOf(block);
+        const auto specials = SpecialsOf(LoadAs<Bytes16>(at));
         for (const int half : {0, 8}) {
-            uint64_t left = WordAt(reinterpret_cast<const char *>(&specials) + half);
+            uint64_t left = LoadAs<uint64_t>(reinterpret_cast<const char *>(&specials) + half);
             while (left != 0) {
                 const int bit = std::countr_zero(left) & ~7;
                 replace(at + half + bit / 8);

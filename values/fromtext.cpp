@@ -6,9 +6,11 @@
 #include <strings.h>
 
 #include <cstring>
+#include <iterator>
 #include <limits>
 #include <utility>
 
+#include "compat/load.h"
 #include "os/ipv4.h"
 #include "text/language.h"
 #include "text/transcode.h"
@@ -27,15 +29,14 @@ struct Request {
     uint32_t format;
 };
 
-// The caller's value may lie at any address.
 template <typename Value>
 uint32_t Store(const Request &request, Value value)
 {
-    std::memcpy(request.value, &value, sizeof value);
+    StoreAs(request.value, value);
     return SM_STATUS_OK;
 }
 
-// True when the destination is there and has room; else its size word says what is needed.
+// True when the destination is there and has room. Its size word says what is needed either way.
 bool HasRoom(const Request &request, size_t needed)
 {
     const bool fits = request.value != nullptr && *request.size >= needed;

@@ -22,8 +22,8 @@ char *FindAssignment(char *text)
     return std::strchr(text, '=');
 }
 
-// Through the locale's table; the "=" itself is looked for as a byte.
-int Folded(char c, bool ignoreCase)
+// The "=" itself is looked for as a byte.
+int FoldedByLocale(char c, bool ignoreCase)
 {
     const auto byte = static_cast<uint8_t>(c);
     return ignoreCase ? std::tolower(byte) : byte;
@@ -35,7 +35,7 @@ bool IsParameterOfName(const char *text, const char *name, bool ignoreCase)
     if (*text == '=')
         return false;
     for (;; ++text, ++name) {
-        if (Folded(*text, ignoreCase) != Folded(*name, ignoreCase))
+        if (FoldedByLocale(*text, ignoreCase) != FoldedByLocale(*name, ignoreCase))
             return *name == '\0' && *text == '=';
         if (*text == '=' || *text == '\0')
             return *text == '=';

@@ -6,7 +6,9 @@
 #include <algorithm>
 #include <cstring>
 #include <ctime>
+#include <iterator>
 
+#include "compat/load.h"
 #include "compat/print.h"
 #include "os/ipv4.h"
 #include "text/format.h"
@@ -33,13 +35,10 @@ struct Request {
     uint32_t format;
 };
 
-// The caller's value may lie at any address.
 template <typename Value>
 Value Load(const Request &request)
 {
-    Value value;
-    std::memcpy(&value, request.value, sizeof value);
-    return value;
+    return LoadAs<Value>(request.value);
 }
 
 // True when the destination is there and has room; else its size word says what is needed.

@@ -4,7 +4,6 @@
 #include <array>
 #include <string>
 
-#include "frame/heap.h"
 #include "frame/module.h"
 #include "support/faults.h"
 
@@ -61,18 +60,6 @@ TEST(Attach, LastStopDetachesAndAStartAttachesAgain)
         EXPECT_EQ(qzvest::SMModuleStart(), 1);
         EXPECT_EQ(LiveBlocks(), attached);
     }
-}
-
-TEST(Heap, FailureGivesNullAndKeepsTheOldBlock)
-{
-    const long before = LiveBlocks();
-    EXPECT_EQ(Failing(1, [] { return qzvest::SMAllocMem(8); }), nullptr);
-    auto *block = static_cast<char *>(qzvest::SMAllocMem(2));
-    block[0] = 'x';
-    EXPECT_EQ(Failing(1, [&] { return qzvest::SMReAllocMem(block, 4096); }), nullptr);
-    EXPECT_EQ(block[0], 'x');
-    qzvest::SMFreeGeneric(block);
-    EXPECT_EQ(LiveBlocks(), before);
 }
 
 } // namespace

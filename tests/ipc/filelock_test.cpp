@@ -7,7 +7,7 @@
 #include "frame/module.h"
 #include "ipc/lock_fixture.h"
 #include "ipc/names.h"
-#include "support/sweep.h"
+#include "support/faults.h"
 
 namespace {
 
@@ -169,22 +169,6 @@ TEST_F(FileLock, NeedsTheRightsAndTheDirectory)
     std::filesystem::rename(kIpcFolder + "?", kIpcFolder);
     EXPECT_EQ(InThread(lock, kFileLockWriter, 0), SM_STATUS_OK);
     EXPECT_EQ(Mode(LockFile("/run/later")), 0644u);
-}
-
-TEST_F(FileLock, OpensWholeOrNotAtAll)
-{
-    SMFileLock *other = SMFileLockOpen("/run/other");
-    const int faults = SweepAllocations([&](int nth) {
-        FailAllocation(nth);
-        lock = SMFileLockOpen(path.c_str());
-        const bool failed = StopFault();
-        EXPECT_EQ(lock == nullptr, failed);
-        EXPECT_EQ(SMFileLockOpen("/run/other"), other);
-        return failed;
-    });
-    EXPECT_EQ(InThread(lock, kFileLockWriter, 0), SM_STATUS_OK);
-    EXPECT_EQ(SMFileLockOpen(path.c_str()), lock);
-    EXPECT_GE(faults, 4); // record, path, mutex, place in the tree
 }
 
 TEST_F(FileLock, EndsWithTheModule)

@@ -5,7 +5,6 @@
 
 #include "frame/module.h"
 #include "ipc/paths.h"
-#include "support/sweep.h"
 
 namespace {
 
@@ -69,13 +68,6 @@ TEST(ObjectName, IsMadeByKind)
     EXPECT_EQ(NameOf(nullptr, 1), "anonymous");
     for (const uint32_t kind : {0u, 7u})
         EXPECT_EQ(NameOf("X", kind), "none");
-    for (const char *name : {static_cast<const char *>(nullptr), "X"}) {
-        const long before = LiveBlocks();
-        FailAllocation(1);
-        EXPECT_EQ(NameOf(name, 6), "none");
-        EXPECT_TRUE(StopFault());
-        EXPECT_EQ(LiveBlocks(), before);
-    }
 }
 
 TEST(IPCPaths, FollowTheRegisteredDataPath)
@@ -96,24 +88,6 @@ TEST(IPCPaths, FollowTheRegisteredDataPath)
         EXPECT_EQ(NameOf("X", 1).size(), nameSize) << "or none";
         EXPECT_EQ(NameOf("X", 2).size(), 40u); // has no path
     }
-}
-
-TEST(IPCPaths, NoMemoryLeavesNone)
-{
-    UseDataPath("/run/data");
-    qzvest::IPCPathsFree();
-    const int faults = SweepAllocations([](int nth) {
-        FailAllocation(nth);
-        const int made = qzvest::SMIPCPathsInit();
-        const bool failed = StopFault();
-        EXPECT_EQ(made, failed ? 0 : 1);
-        for (const char *path : {qzvest::IPCDirectory(), qzvest::IPCRegistryFile(), qzvest::IPCRegistryLockPath()})
-            EXPECT_EQ(path == nullptr, failed);
-        EXPECT_EQ(NameOf("X", 1) == "none", failed);
-        return failed;
-    });
-    EXPECT_GT(faults, 3);
-    EXPECT_STREQ(qzvest::IPCDirectory(), "/run/data/.ipc");
 }
 
 } // namespace

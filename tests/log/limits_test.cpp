@@ -1,5 +1,6 @@
 // How large the logs may grow.
 
+#include <gtest/gtest.h>
 #include <sys/syscall.h>
 #include <sys/utsname.h>
 #include <unistd.h>
@@ -11,7 +12,6 @@
 #include <qzvest/eventlog.h>
 
 #include "config/places.h"
-#include "support/sweep.h"
 
 namespace {
 
@@ -58,23 +58,6 @@ TEST(LogLimits, BelongToPaths)
         EXPECT_EQ(LimitOf(path), expected);
     EXPECT_EQ(LimitOf("/other"), 1048576u);
     EXPECT_EQ(LimitOf(over), 1048576u);
-}
-
-TEST(LogLimits, NeedMemoryToBeKept)
-{
-    const auto set = [] { return SMSetLogMaxSize("/a", 2000000); };
-    EXPECT_EQ(Failing(1, set), SM_STATUS_NO_MEMORY);
-    EXPECT_EQ(Failing(2, set), SM_STATUS_FAILED); // in the tree
-    for (const int nth : {1, 2})
-        EXPECT_EQ(Failing(nth, [] { return LimitOf("/a"); }), 1048576u);
-    const long before = LiveBlocks();
-    EXPECT_EQ(set(), SM_STATUS_OK);
-    EXPECT_EQ(LimitOf("/a"), 2000000u);
-    EXPECT_GT(LiveBlocks(), before);
-    FailAllocation(1); // a path that is known needs none
-    EXPECT_EQ(SMSetLogMaxSize("/a", 3000000), SM_STATUS_OK);
-    EXPECT_FALSE(StopFault());
-    EXPECT_EQ(LimitOf("/a"), 3000000u);
 }
 
 } // namespace

@@ -16,7 +16,6 @@
 #include "config/places.h"
 #include "log/logfile.h"
 #include "os/ipv4.h"
-#include "support/sweep.h"
 #include "support/systemlog.h"
 #include "support/trace.h"
 #include "text/sizedstring.h"
@@ -188,7 +187,6 @@ TEST_F(TextLog, LogsAndBackupsHaveNames)
     EXPECT_EQ(qzvest::BackUpLog("a"), SM_STATUS_INVALID_PARAMETER);
     EXPECT_EQ(qzvest::BackUpLog(std::string(256, 'a').c_str()), SM_STATUS_BUFFER_TOO_SMALL);
     EXPECT_EQ(qzvest::BackUpLog(("/run/" + std::string(250, 'a')).c_str()), SM_STATUS_FAILED);
-    EXPECT_EQ(Failing(1, [] { return qzvest::BackUpLog("/run/ab"); }), SM_STATUS_NO_MEMORY);
 
     const struct {
         uint8_t targets;
@@ -302,37 +300,6 @@ TEST_F(TextLog, FailuresShowAndLeaveWhatIsWritten)
     EXPECT_EQ(Append(1, 3), SM_STATUS_FAILED); // a file that does not open
     fs::remove_all(kBase);
     EXPECT_EQ(Append(1, 3), SM_STATUS_FAILED); // a directory that cannot be made
-}
-
-TEST_F(TextLog, MemoryRunsOut)
-{
-    EXPECT_EQ(Append(1, 3), SM_STATUS_OK); // the lock's record stays
-    const std::string data(30 * 16, 'd');  // more than the buffers of the dump have room for
-    const std::string undumped = kHeader + kPlain;
-    const std::pair<uint32_t, std::string> left[] = {
-        {SM_STATUS_FAILED, kMissing},   {SM_STATUS_NO_MEMORY, kMissing}, {SM_STATUS_FAILED, kHeader},
-        {SM_STATUS_NO_MEMORY, kHeader}, {SM_STATUS_FAILED, kHeader},     {SM_STATUS_OK, undumped},
-        {SM_STATUS_OK, undumped},
-    };
-    const int faults = SweepAllocations([&](int nth) {
-        fs::remove(kLog);
-        FailAllocation(nth);
-        const uint32_t status = Append(1, 3, kDefaultLimit, data);
-        const bool failed = StopFault();
-        if (failed && static_cast<size_t>(nth) <= std::size(left)) {
-            EXPECT_EQ(status, left[nth - 1].first);
-            EXPECT_EQ(ReadText(kLog), left[nth - 1].second);
-        }
-        return failed;
-    });
-    EXPECT_EQ(faults, static_cast<int>(std::size(left)));
-
-    const auto append = [] { return SMAppendToLog(SM_LOG_SYSTEM | SM_LOG_TEXT, 1, 3, 5, "who", "text", nullptr, 0); };
-    EXPECT_EQ(Failing(1, append), SM_STATUS_OK); // the system log's is not told
-    EXPECT_EQ(Failing(2, append), SM_STATUS_FAILED);
-    EXPECT_EQ(Failing(1, [] { return SMClearLog(SM_LOG_TEXT, 3, "who"); }), SM_STATUS_FAILED);
-    uint32_t size = 0;
-    EXPECT_EQ(Failing(1, [&] { return SMGetBackupLogPathFileName(0, nullptr, &size); }), SM_STATUS_NO_MEMORY);
 }
 
 TEST_F(TextLog, AKilledWriterLeavesWholeLines)

@@ -11,13 +11,10 @@
 #include <ctime>
 #include <filesystem>
 #include <map>
-#include <set>
 #include <string>
 #include <vector>
 
 #include "config/places.h"
-#include "ipc/filelock.h"
-#include "support/sweep.h"
 #include "support/trace.h"
 
 using namespace qzvest;
@@ -250,47 +247,6 @@ TEST_F(XMLLog, IsClearedAndNamed)
         EXPECT_EQ(SMGetBackupXMLLogPathFileName(row.path, dest, &size), row.status);
         EXPECT_EQ(size, row.size);
         EXPECT_STREQ(dest, row.name);
-    }
-}
-
-// The next event makes its lock anew.
-void ForgetLocks()
-{
-    FileLockRegistryDetach();
-    EXPECT_EQ(FileLockRegistryAttach(), 1);
-}
-
-TEST_F(XMLLog, AllocationsThatFailLeaveWhatWasThere)
-{
-    ASSERT_EQ(Append(), SM_STATUS_OK);
-    const std::string old = Get();
-    const Entry whole = {4, 5, 2, "someone", "here", "d", nullptr, "xy", "", "0x78,0x79"};
-    for (const uint32_t limit : {kNoLimit, 0u}) {
-        std::map<uint32_t, int> statuses;
-        ForgetLocks();
-        const int failures = SweepAllocations([&](int nth) {
-            Put(old);
-            std::filesystem::remove(kBackup);
-            FailAllocation(nth);
-            const uint32_t status = Append(whole, limit);
-            const bool failed = StopFault();
-            ++statuses[status];
-            ForgetLocks();
-            const bool movedAway = Get(kBackup) == old;
-            EXPECT_EQ(Get(kBackup), movedAway ? old : kMissing);
-            std::set<std::string> expected;
-            const std::string notice = kHead + Model(kNotice);
-            for (const std::string &before : movedAway ? std::set{notice, kHead} : std::set{kHead + Model({})})
-                expected.insert(before + (status == SM_STATUS_OK ? Model(whole) : "") + kTail);
-            if (movedAway && status != SM_STATUS_OK)
-                expected.insert(kMissing);
-            EXPECT_EQ(expected.count(Get()), 1u) << Get();
-            return failed;
-        });
-        EXPECT_GE(failures, 15);
-        EXPECT_EQ(statuses[SM_STATUS_FAILED], 3); // the entry's buffer twice, and the text of the data
-        EXPECT_GE(statuses[SM_STATUS_NO_MEMORY], 7);
-        EXPECT_EQ(statuses.size(), 3u); // and those that succeed
     }
 }
 

@@ -63,7 +63,6 @@ TEST(DNSSuffix, IsThatOfTheCanonicalName)
     EXPECT_EQ(buffer, "################");
     EXPECT_EQ(qzvest::SMGetDNSSuffixNameName(nullptr, &(size = 0)), SM_STATUS_BUFFER_TOO_SMALL);
     EXPECT_EQ(size, 13u);
-    EXPECT_EQ(Failing(1, [&] { return qzvest::SMGetDNSSuffixNameName(buffer.data(), &size); }), SM_STATUS_NO_MEMORY);
     EXPECT_EQ(qzvest::SMGetDNSSuffixNameName(buffer.data(), &size), SM_STATUS_OK);
     EXPECT_EQ(buffer, std::string("rack.example\0###", 16));
     ASSERT_TRUE(OwnHostName("short"));
@@ -262,28 +261,16 @@ TEST_F(Lists, DescriptorsRunOut)
     }
 }
 
-TEST_F(Lists, FailingAllocations)
+TEST_F(Lists, FailingAllocationsForIPv6)
 {
     std::vector<SMInetAddrRecord> records(100);
-    uint32_t status = 0, count = 0;
-    const auto fails = [&](int nth, uint32_t scope) {
-        count = 100;
-        FailAllocation(nth);
-        status = SMGetInetAddrStrList(scope, &count, records.data());
-        return StopFault();
-    };
-    // The list to come, then that of the interfaces, which is made larger twice.
-    EXPECT_EQ(SweepAllocations([&](int nth) {
-                  const bool failed = fails(nth, 1);
-                  EXPECT_EQ(status, !failed ? SM_STATUS_OK : nth == 1 ? SM_STATUS_NO_MEMORY : SM_STATUS_FAILED);
-                  EXPECT_EQ(count, failed ? 100 : kCount4);
-                  return failed;
-              }),
-              4);
     // Two for an address. One whose digits are not read is missing, but of the last one the status is told.
     constexpr int kLast = 2 * kCount6 - 1;
     EXPECT_EQ(SweepAllocations([&](int nth) {
-                  const bool failed = fails(nth, 2);
+                  uint32_t count = 100;
+                  FailAllocation(nth);
+                  const uint32_t status = SMGetInetAddrStrList(SM_SCOPE_IPV6, &count, records.data());
+                  const bool failed = StopFault();
                   const bool misread = failed && nth % 2 == 1 && nth != kLast;
                   EXPECT_EQ(status, !failed || misread ? SM_STATUS_OK
                                     : nth == kLast     ? SM_STATUS_FAILED

@@ -1,11 +1,10 @@
-// The swap of a new version into place, and what calls do when memory runs out.
+// The swap of a new version into place, and the clock of time-outs.
 
 #include <gtest/gtest.h>
 
+#include "os/clock.h"
 #include "os/file.h"
 #include "os/folder.h"
-#include "os/system.h"
-#include "support/faults.h"
 
 namespace {
 
@@ -32,41 +31,17 @@ TEST(Replace, LeavesWhatAReaderCanPutBackAndTellsOfABackupThatStays)
     EXPECT_TRUE(Exists(backup));
 }
 
-long OpenDescriptors()
+TEST(Clock, MillisecondsAreTruncated)
 {
-    return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
-}
-
-TEST(FileFault, EachCallSaysSo)
-{
-    const Folder folder;
-    const std::string source = folder.Make("source", "new"), target = folder.Make("target", "old");
-    SMFileList *list = nullptr;
-    const long blocks = LiveBlocks(), descriptors = OpenDescriptors();
-    char name[9] = "untouch";
-    uint32_t size = 3; // memory is asked for before the room is looked at
-    EXPECT_EQ(Failing(1, [&] { return qzvest::SMGetTmpFile(folder.Path(), name, &size); }), SM_STATUS_NO_MEMORY);
-    EXPECT_EQ(size, 3u);
-
-    EXPECT_EQ(Failing(1, [&] { return qzvest::SMSafeFileReplace(target.c_str(), source.c_str()); }),
-              SM_STATUS_NO_MEMORY);
-    EXPECT_EQ(Content(target), "old");
-    EXPECT_EQ(Content(source), "new");
-
-    EXPECT_EQ(Failing(1, [&] { return qzvest::SMFileCopy(source.c_str(), target.c_str(), 1); }), SM_STATUS_NO_MEMORY);
-    EXPECT_EQ(Content(target), ""); // cut when it was opened
-
-    for (int nth = 1; nth <= 4; ++nth) { // a string and a growth for each entry
-        EXPECT_EQ(Failing(nth, [&] { return qzvest::SMFileListGet(folder.Path(), SM_FILE_LIST_SPARING, &list); }),
-                  SM_STATUS_NO_MEMORY);
-        EXPECT_EQ(list, nullptr);
-    }
-    for (const int nth : {1, 2})
-        EXPECT_EQ(Failing(nth, [&] { return qzvest::SMFilePropAlloc(source.c_str()); }), nullptr);
-    EXPECT_EQ(Failing(1, [] { return qzvest::SMEnvDup("PATH", nullptr); }), nullptr);
-    EXPECT_EQ(Failing(1, [] { return qzvest::SMAppendToOSSysLog(1, 1, 1, "test", "no text"); }), SM_STATUS_FAILED);
-    EXPECT_EQ(LiveBlocks(), blocks);
-    EXPECT_EQ(OpenDescriptors(), descriptors);
+    constexpr struct {
+        timespec start, end;
+        int64_t milliseconds;
+    } kCases[] = {{{5, 1}, {5, 1000001}, 1},
+                  {{5, 100}, {5, 999999999}, 999},
+                  {{5, 500000000}, {8, 400000000}, 2900},
+                  {{0, 0}, {4294968, 0}, INT64_C(4294968000)}}; // beyond 32 bits
+    for (const auto &c : kCases)
+        EXPECT_EQ(qzvest::MillisecondsBetween(c.start, c.end), c.milliseconds) << c.end.tv_sec << ' ' << c.end.tv_nsec;
 }
 
 } // namespace

@@ -1,7 +1,7 @@
 // The steps of both conversions with AVX2: runs of ASCII, and runs of text that is regular, that is, of sequences of
 // one to three bytes, every one whole. Whatever is not is left to the steps of codepoint.h.
-#ifndef TEXT_VECTOR_H
-#define TEXT_VECTOR_H
+#ifndef TEXT_TRANSCODE_X86_H
+#define TEXT_TRANSCODE_X86_H
 
 #include "compat/cpu.h"
 
