@@ -69,7 +69,7 @@ void CutBack(const Log &log)
 
 // ---- Ours ----
 
-const qzvest::TextLogEvent kEvent = {kType, kCategory, kEventId, kSource, kDescription, kData, sizeof kData};
+const qzvest::LogEvent kEvent = {kType, kCategory, kEventId, kSource, kDescription, kData, sizeof kData};
 
 void OursText(const Logs &logs)
 {

@@ -8,9 +8,9 @@
 
 namespace qzvest {
 
-constexpr uint32_t kIniNameRoom = 256;   // bytes of a section or key name with its terminator
-constexpr uint32_t kIniValueRoom = 8193; // bytes of a value with its terminator
-constexpr uint32_t kIniPathRoom = 256;
+constexpr uint32_t kININameRoom = 256;   // bytes of a section or key name with its terminator
+constexpr uint32_t kINIValueRoom = 8193; // bytes of a value with its terminator
+constexpr uint32_t kINIPathRoom = 256;
 
 // Reads on to the header of a section. SM_STATUS_INI_NO_SECTION at the end of the file, SM_STATUS_INI_BAD_SECTION after
 // a malformed header and after a read error; the reader then stands behind the last line that was looked at, which
@@ -24,20 +24,17 @@ uint32_t INIReadFile(int descriptor, const char *section, const char *key, char 
 // deleted. SM_STATUS_INI_NO_SECTION when there is none; nothing is written then.
 uint32_t INIRewrite(int input, int output, const char *section, const char *key, const char *value);
 
-// Renames a backup that an unfinished swap has left onto its file. False when memory runs out.
-bool RollBack(const char *path);
-
 // The path of a file below the ini directory of the default product; SM_STATUS_FAILED, SM_STATUS_BUFFER_TOO_SMALL,
 // SM_STATUS_BAD_ARGUMENT for NULL.
-uint32_t INIPathOf(const char *fileName, char (&path)[kIniPathRoom]);
+uint32_t INIPathOf(const char *fileName, char (&path)[kINIPathRoom]);
 
-struct IniReadResult {
+struct INIReadResult {
     uint32_t status;
     bool defaulted; // the default is in the destination
 };
 
 // The road of every read. The size word as that of SMReadINIPathFileValue for text.
-IniReadResult INIRead(const char *section, const char *key, char *dest, uint32_t *destSize, const char *defaultText,
+INIReadResult INIRead(const char *section, const char *key, char *dest, uint32_t *destSize, const char *defaultText,
                       uint32_t defaultSize, const char *path, int16_t wait);
 
 // The road of every change: value is text of valueSize bytes with its terminator, or NULL.

@@ -1,12 +1,8 @@
 // The scan of INI files: sections, keys, values and lists of them.
 
-#include <fcntl.h>
-#include <strings.h>
-#include <unistd.h>
-
 #include <algorithm>
-#include <cstdio>
 #include <cstring>
+#include <string_view>
 
 #include "config/delimited.h"
 #include "config/ini.h"
@@ -15,60 +11,41 @@
 #include "ipc/filelock.h"
 #include "os/descriptor.h"
 #include "os/file.h"
+#include "values/parameter.h"
 
 namespace qzvest {
 namespace {
 
 constexpr uint32_t kMostHeapText = 32768;
 
-// A stretch of a line.
-struct Text {
-    const char *bytes;
-    uint32_t size;
-};
-
 // The line as text: without its line feed, and up to its first zero byte.
-Text TextOf(const Line &line)
+std::string_view TextOf(const Line &line)
 {
     uint32_t size = line.size;
     if (size > 0 && line.bytes[size - 1] == '\n')
         --size;
-    return {line.bytes, static_cast<uint32_t>(strnlen(line.bytes, size))};
-}
-
-Text SkipBlanks(Text text)
-{
-    while (text.size > 0 && IsBlank(*text.bytes)) {
-        ++text.bytes;
-        --text.size;
-    }
-    return text;
-}
-
-bool Equals(Text text, const char *wanted)
-{
-    return std::strlen(wanted) == text.size && std::memcmp(text.bytes, wanted, text.size) == 0;
+    return {line.bytes, strnlen(line.bytes, size)};
 }
 
 // What stands before the first byte of this kind; false if there is none.
-bool UpTo(Text text, char end, Text &before)
+bool UpTo(std::string_view text, char end, std::string_view &before)
 {
-    const void *found = text.size != 0 ? std::memchr(text.bytes, end, text.size) : nullptr;
-    if (found == nullptr)
+    const size_t place = text.find(end);
+    if (place == std::string_view::npos)
         return false;
-    before = {text.bytes, static_cast<uint32_t>(static_cast<const char *>(found) - text.bytes)};
+    before = {text.data(), place};
     return true;
 }
 
 enum class Header { kNone, kGood, kMalformed };
 
-Header ReadHeader(const Line &line, Text &name)
+Header ReadHeader(const Line &line, std::string_view &name)
 {
-    Text text = SkipBlanks({line.bytes, line.size});
-    if (text.size == 0 || *text.bytes != '[')
+    if (!SkipBlanks({line.bytes, line.size}).starts_with('['))
         return Header::kNone;
-    text = SkipBlanks(TextOf(line));
-    if (!UpTo({text.bytes + 1, text.size - 1}, ']', name) || name.size >= kIniNameRoom)
+    std::string_view text = SkipBlanks(TextOf(line));
+    text.remove_prefix(1);
+    if (!UpTo(text, ']', name) || name.size() >= kININameRoom)
         return Header::kMalformed;
     return Header::kGood;
 }
@@ -80,7 +57,7 @@ bool IsComment(const Line &line)
 }
 
 // A key line as the reader of a section sees it: blanks in front of the equals sign belong to the key.
-bool ReadKey(const Line &line, Text &key)
+bool ReadKey(const Line &line, std::string_view &key)
 {
     return !IsComment(line) && UpTo(SkipBlanks(TextOf(line)), '=', key);
 }
@@ -94,16 +71,16 @@ public:
         dest_[1] = '\0';
     }
 
-    void Add(Text text)
+    void Add(std::string_view text)
     {
-        if (used_ + text.size + 2 <= room_ && !full_) {
-            std::memcpy(dest_ + used_, text.bytes, text.size);
-            dest_[used_ + text.size] = '\0';
-            dest_[used_ + text.size + 1] = '\0';
+        if (used_ + text.size() + 2 <= room_ && !full_) {
+            char *end = std::copy(text.begin(), text.end(), dest_ + used_);
+            end[0] = '\0';
+            end[1] = '\0';
         } else {
             full_ = true;
         }
-        used_ += uint64_t{text.size} + 1;
+        used_ += text.size() + 1;
     }
 
     // Status and size of the whole list; none is the status of a list without texts.
@@ -126,7 +103,7 @@ uint32_t ListSections(LineReader &reader, char *dest, uint32_t *destSize)
 {
     MultiString list(dest, *destSize);
     Line line;
-    Text name = {nullptr, 0};
+    std::string_view name;
     while (reader.NextWith('[', line)) {
         if (ReadHeader(line, name) != Header::kGood) // a line found by its bracket is a header
             return SM_STATUS_INI_BAD_SECTION;
@@ -142,14 +119,14 @@ uint32_t ListKeys(LineReader &reader, const char *section, char *dest, uint32_t 
     if (const uint32_t status = FindSection(reader, section, lineStart); status != SM_STATUS_OK)
         return status;
     Line line;
-    Text text = {nullptr, 0};
+    std::string_view text;
     while (reader.Next(line) && ReadHeader(line, text) == Header::kNone)
         if (ReadKey(line, text))
             list.Add(text);
     return reader.Failed() ? SM_STATUS_INI_BAD_SECTION : list.Finish(SM_STATUS_INI_NO_KEY, destSize);
 }
 
-uint32_t FindValue(LineReader &reader, const char *section, const char *key, Text &value)
+uint32_t FindValue(LineReader &reader, const char *section, const char *key, std::string_view &value)
 {
     int64_t lineStart;
     if (const uint32_t status = FindSection(reader, section, lineStart); status != SM_STATUS_OK)
@@ -158,15 +135,14 @@ uint32_t FindValue(LineReader &reader, const char *section, const char *key, Tex
     const size_t keySize = std::strchr(key, '=') == nullptr ? std::strlen(key) : SIZE_MAX;
     Line line;
     while (reader.Next(line)) {
-        const Text text = SkipBlanks({line.bytes, line.size});
-        if (text.size > 0 && *text.bytes == '[')
+        const std::string_view text = SkipBlanks({line.bytes, line.size});
+        if (text.starts_with('['))
             break;
-        if (text.size <= keySize || text.bytes[keySize] != '=' || std::memcmp(text.bytes, key, keySize) != 0 ||
+        if (text.size() <= keySize || text[keySize] != '=' || std::memcmp(text.data(), key, keySize) != 0 ||
             IsComment(line))
             continue;
-        const Text whole = TextOf(line);
-        value.bytes = text.bytes + keySize + 1;
-        value.size = static_cast<uint32_t>(whole.bytes + whole.size - value.bytes);
+        value = SkipBlanks(TextOf(line));
+        value.remove_prefix(keySize + 1);
         return SM_STATUS_OK;
     }
     return reader.Failed() ? SM_STATUS_INI_BAD_SECTION : SM_STATUS_INI_NO_KEY;
@@ -193,12 +169,12 @@ bool ApplyDefault(char *dest, uint32_t *destSize, const char *defaultText, uint3
 uint32_t FindSection(LineReader &reader, const char *section, int64_t &lineStart)
 {
     Line line;
-    Text name = {nullptr, 0};
+    std::string_view name;
     while (reader.NextWith('[', line)) {
         lineStart = reader.Place() - line.size;
         if (ReadHeader(line, name) != Header::kGood) // a line found by its bracket is a header
             return SM_STATUS_INI_BAD_SECTION;
-        if (Equals(name, section))
+        if (name == section)
             return SM_STATUS_OK;
     }
     return reader.Failed() ? SM_STATUS_INI_BAD_SECTION : SM_STATUS_INI_NO_SECTION;
@@ -216,29 +192,18 @@ uint32_t INIReadFile(int descriptor, const char *section, const char *key, char 
         return ListSections(reader, dest, destSize);
     if (key == nullptr)
         return ListKeys(reader, section, dest, destSize);
-    Text value;
+    std::string_view value;
     if (const uint32_t status = FindValue(reader, section, key, value); status != SM_STATUS_OK)
         return status;
     const uint32_t room = *destSize;
-    *destSize = value.size + 1;
+    *destSize = static_cast<uint32_t>(value.size() + 1);
     if (room < *destSize)
         return SM_STATUS_BUFFER_TOO_SMALL;
-    std::memcpy(dest, value.bytes, value.size);
-    dest[value.size] = '\0';
+    *std::copy(value.begin(), value.end(), dest) = '\0';
     return SM_STATUS_OK;
 }
 
-bool RollBack(const char *path)
-{
-    const HeapPtr<char> backup = BackupPathOf(path);
-    if (!backup)
-        return false;
-    if (access(backup.get(), F_OK) == 0)
-        (void)std::rename(backup.get(), path); // two readers may both see it; the second finds it gone
-    return true;
-}
-
-IniReadResult INIRead(const char *section, const char *key, char *dest, uint32_t *destSize, const char *defaultText,
+INIReadResult INIRead(const char *section, const char *key, char *dest, uint32_t *destSize, const char *defaultText,
                       uint32_t defaultSize, const char *path, int16_t wait)
 {
     const FileLockGuard lock(path, kFileLockReader, wait);
@@ -246,7 +211,7 @@ IniReadResult INIRead(const char *section, const char *key, char *dest, uint32_t
         return {lock.Status(), false};
     if (!RollBack(path))
         return {SM_STATUS_NO_MEMORY, false};
-    const Descriptor file(open(path, O_RDONLY | O_CLOEXEC));
+    const Descriptor file = OpenToRead(path);
     if (!file)
         return {SM_STATUS_INI_OPEN_FAILED, false};
     const uint32_t status = INIReadFile(file.Get(), section, key, dest, destSize);
@@ -255,7 +220,7 @@ IniReadResult INIRead(const char *section, const char *key, char *dest, uint32_t
     return {status, ApplyDefault(dest, destSize, defaultText, defaultSize)};
 }
 
-uint32_t INIPathOf(const char *fileName, char (&path)[kIniPathRoom])
+uint32_t INIPathOf(const char *fileName, char (&path)[kINIPathRoom])
 {
     constexpr char kDirectory[] = "/ini/";
     if (fileName == nullptr)
@@ -264,7 +229,7 @@ uint32_t INIPathOf(const char *fileName, char (&path)[kIniPathRoom])
     if (SMGetPathByProductIDandType(SM_PRODUCT_DEFAULT, SM_PATH_INI, path, &size) != SM_STATUS_OK || size == 0)
         return SM_STATUS_FAILED;
     const size_t length = std::strlen(fileName);
-    if (size + sizeof kDirectory + length > sizeof path)
+    if (size + sizeof kDirectory + length > sizeof path) // two terminators: a byte more than it takes, and settled
         return SM_STATUS_BUFFER_TOO_SMALL;
     char *end = path + size - 1;
     std::memcpy(end, kDirectory, sizeof kDirectory - 1);
@@ -281,11 +246,11 @@ char *SMReadINISectionKeyUTF8Value(const char *section, const char *key, const c
     if (pathFileName == nullptr || *pathFileName == '\0')
         return nullptr;
     const auto defaultSize = defaultText != nullptr ? static_cast<uint32_t>(std::strlen(defaultText) + 1) : 0;
-    uint32_t room = kIniValueRoom;
+    uint32_t room = kINIValueRoom;
     HeapPtr<char> text = HeapRoom<char>(room);
     while (text) {
         uint32_t got = room;
-        const IniReadResult read =
+        const INIReadResult read =
             INIRead(section, key, text.get(), &got, defaultText, defaultSize, pathFileName, waitForLock);
         if (read.status == SM_STATUS_OK || (read.defaulted && got == defaultSize)) {
             size = got;
@@ -307,23 +272,10 @@ uint32_t SMReadINIEnums32Value(const char *section, const char *key, const SMINI
     const HeapPtr<char> text(SMReadINISectionKeyUTF8Value(section, key, nullptr, nullptr, pathFileName, waitForLock));
     if (!text)
         return table[1].value;
-    const SMINIEnumEntry *const end = table + tableCount;
-    const auto find = [=](const char *word) {
-        return std::find_if(table + 1, end,
-                            [word](const SMINIEnumEntry &row) { return strcasecmp(row.name, word) == 0; });
-    };
-    if (multiple != 1) {
-        const SMINIEnumEntry *row = find(text.get());
-        return row != end ? row->value : table[0].value;
-    }
+    if (multiple != 1)
+        return EnumValueOf(text.get(), table, tableCount);
     const HeapPtr<char> words(SMUTF8ConvertXSVToYSV(text.get(), ',', '\0', nullptr, nullptr));
-    if (!words)
-        return SM_ENUM_UNREADABLE;
-    uint32_t value = 0;
-    for (const char *word = words.get(); *word != '\0'; word += std::strlen(word) + 1)
-        if (const SMINIEnumEntry *row = find(word); row != end)
-            value |= row->value;
-    return value;
+    return words ? EnumMaskOf(words.get(), table, tableCount) : SM_ENUM_UNREADABLE;
 }
 
 } // namespace qzvest

@@ -133,8 +133,8 @@ uint32_t ReadFixed(const Place &place, const FixedType &type, void *dest, uint32
 {
     if (*destSize < type.size)
         return SM_STATUS_BAD_ARGUMENT;
-    const HeapPtr<char> text = HeapRoom<char>(kIniValueRoom);
-    uint32_t status = text ? ReadText(place, text.get(), kIniValueRoom) : SM_STATUS_FAILED;
+    const HeapPtr<char> text = HeapRoom<char>(kINIValueRoom);
+    uint32_t status = text ? ReadText(place, text.get(), kINIValueRoom) : SM_STATUS_FAILED;
     if (status == SM_STATUS_OK && !type.parse(text.get(), dest))
         status = SM_STATUS_INI_BAD_VALUE;
     if (status == SM_STATUS_OK)
@@ -253,7 +253,7 @@ uint32_t SMReadINIPathFileValue(const char *section, const char *key, uint32_t t
 uint32_t SMReadINIFileValue(const char *section, const char *key, uint32_t type, void *dest, uint32_t *destSize,
                             const void *defaultValue, uint32_t defaultSize, const char *fileName, int16_t waitForLock)
 {
-    char path[kIniPathRoom];
+    char path[kINIPathRoom];
     if (const uint32_t status = INIPathOf(fileName, path); status != SM_STATUS_OK)
         return status;
     return SMReadINIPathFileValue(section, key, type, dest, destSize, defaultValue, defaultSize, path, waitForLock);
@@ -282,7 +282,7 @@ uint32_t SMWriteINIPathFileValue(const char *section, const char *key, uint32_t 
 uint32_t SMWriteINIFileValue(const char *section, const char *key, uint32_t type, const void *value, uint32_t valueSize,
                              const char *fileName, int16_t waitForLock)
 {
-    char path[kIniPathRoom];
+    char path[kINIPathRoom];
     if (const uint32_t status = INIPathOf(fileName, path); status != SM_STATUS_OK)
         return status;
     return SMWriteINIPathFileValue(section, key, type, value, valueSize, path, waitForLock);

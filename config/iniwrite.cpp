@@ -11,8 +11,8 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
-#include <initializer_list>
 #include <string_view>
+#include <utility>
 
 #include "config/ini.h"
 #include "config/inicore.h"
@@ -20,6 +20,7 @@
 #include "ipc/filelock.h"
 #include "os/descriptor.h"
 #include "os/file.h"
+#include "text/utf8.h"
 
 namespace qzvest {
 namespace {
@@ -27,18 +28,9 @@ namespace {
 constexpr mode_t kDefaultMode = 0644;
 constexpr mode_t kOwnerBits = 0700;
 
-// The pieces as one; NULL when memory runs out.
-HeapPtr<char> Join(std::initializer_list<std::string_view> pieces, size_t &size)
+bool WriteText(int file, std::string_view text)
 {
-    size = 0;
-    for (const std::string_view piece : pieces)
-        size += piece.size();
-    HeapPtr<char> text = HeapRoom<char>(size);
-    char *to = text.get();
-    if (to != nullptr)
-        for (const std::string_view piece : pieces)
-            to = std::copy(piece.begin(), piece.end(), to);
-    return text;
+    return WriteFully(file, text.data(), text.size());
 }
 
 // ---- Rewrite ----
@@ -85,11 +77,10 @@ bool Rewrite::CopyTo(int64_t end)
 uint32_t Rewrite::WriteKeyAndRest(const char *key, const char *value, int64_t restStart)
 {
     if (value != nullptr) {
-        size_t size;
-        const HeapPtr<char> line = Join({key, "=", value, "\n"}, size);
+        const HeapPtr<char> line = UTF8Join({key, "=", value, "\n"});
         if (!line)
             return SM_STATUS_NO_MEMORY;
-        if (!WriteFully(copier_.output, line.get(), size))
+        if (!WriteText(copier_.output, line.get()))
             return SM_STATUS_LIMIT_REACHED;
     }
     copied_ = restStart;
@@ -112,14 +103,13 @@ uint32_t Rewrite::PassKeyLine(int64_t lineEnd)
 
 enum class WriterLine { kComment, kHeader, kKey };
 
-constexpr std::string_view kWhite = "\t\n\r ";
-
 // A line within a section, as the writer sees it, which is not as the reader does: comments may be indented, and a line
 // without an equals sign is a key.
 WriterLine Classify(const Line &line, std::string_view &key)
 {
     std::string_view text(line.bytes, strnlen(line.bytes, line.size));
-    text.remove_prefix(std::min(text.find_first_not_of(kWhite), text.size()));
+    while (!text.empty() && IsTextSpace(text.front()))
+        text.remove_prefix(1);
     if (text.empty() || text[0] == ';' || text[0] == '#')
         return WriterLine::kComment;
     if (text[0] == '[')
@@ -196,10 +186,9 @@ SplitPath MakeDirectoryOf(const char *path)
         return {nullptr, SM_STATUS_BAD_ARGUMENT};
     const bool named = slash != nullptr && slash != path;
     const std::string_view text = named ? std::string_view(path, static_cast<size_t>(slash - path)) : ".";
-    HeapPtr<char> directory = HeapRoom<char>(text.size() + 1);
+    HeapPtr<char> directory = UTF8Copy(text);
     if (!directory)
         return {nullptr, SM_STATUS_NO_MEMORY};
-    *std::copy(text.begin(), text.end(), directory.get()) = '\0';
     if (named && SMMkDir(directory.get()) != SM_STATUS_OK)
         return {nullptr, SM_STATUS_FAILED};
     return {std::move(directory), SM_STATUS_OK};
@@ -211,9 +200,8 @@ uint32_t AppendSection(const char *section, const char *key, const char *value, 
         return SM_STATUS_INI_BAD_VALUE;
     if (key == nullptr)
         return SM_STATUS_BAD_ARGUMENT;
-    size_t headerSize, lineSize;
-    const HeapPtr<char> header = Join({"[", section, "]\n"}, headerSize);
-    const HeapPtr<char> line = Join({key, "=", value, "\n"}, lineSize);
+    const HeapPtr<char> header = UTF8Join({"[", section, "]\n"});
+    const HeapPtr<char> line = UTF8Join({key, "=", value, "\n"});
     if (!header || !line)
         return SM_STATUS_NO_MEMORY;
     uint32_t size = 0;
@@ -226,9 +214,8 @@ uint32_t AppendSection(const char *section, const char *key, const char *value, 
     (void)fchmod(file.Get(), mode); // of somebody else's file it stays as it is
     struct stat before;
     const bool known = fstat(file.Get(), &before) == 0;
-    const bool written = (size == 0 || WriteFully(file.Get(), "\n", 1)) &&
-                         WriteFully(file.Get(), header.get(), headerSize) &&
-                         WriteFully(file.Get(), line.get(), lineSize);
+    const bool written = (size == 0 || WriteText(file.Get(), "\n")) && WriteText(file.Get(), header.get()) &&
+                         WriteText(file.Get(), line.get());
     if (!written && known)
         (void)ftruncate(file.Get(), before.st_size); // a part of a header would spoil the sections behind it
     return file.Close() && written ? SM_STATUS_OK : SM_STATUS_LIMIT_REACHED;
@@ -243,13 +230,12 @@ uint32_t RewriteFile(const char *section, const char *key, const char *value, co
     if (!temporary)
         return status == SM_STATUS_NO_MEMORY ? status : SM_STATUS_FAILED;
     const mode_t mode = SMFileModeGet(path, kDefaultMode, kKeepSticky);
-    const Descriptor input(open(path, O_RDONLY | O_CLOEXEC));
+    const Descriptor input = OpenToRead(path);
     if (!input)
         return SM_STATUS_INI_OPEN_FAILED;
-    int descriptor;
-    if (status = CreateTmpFile(directory, temporary, mode & kOwnerBits, descriptor); status != SM_STATUS_OK)
+    Descriptor output = CreateTmpFile(directory, temporary, mode & kOwnerBits, status);
+    if (!output)
         return status;
-    Descriptor output(descriptor);
     (void)fchmod(output.Get(), mode);
     status = INIRewrite(input.Get(), output.Get(), section, key, value);
     const bool closed = output.Close();
@@ -280,9 +266,9 @@ uint32_t INIRewrite(int input, int output, const char *section, const char *key,
 uint32_t INIWrite(const char *section, const char *key, const char *value, uint32_t valueSize, const char *path,
                   int16_t wait)
 {
-    if (std::strlen(section) >= kIniNameRoom || (key != nullptr && std::strlen(key) >= kIniNameRoom))
+    if (std::strlen(section) >= kININameRoom || (key != nullptr && std::strlen(key) >= kININameRoom))
         return SM_STATUS_BAD_ARGUMENT;
-    if (value != nullptr ? valueSize > kIniValueRoom || std::strlen(value) + 1 != valueSize : valueSize != 0)
+    if (value != nullptr ? valueSize > kINIValueRoom || std::strlen(value) + 1 != valueSize : valueSize != 0)
         return SM_STATUS_INI_BAD_VALUE;
     const SplitPath split = MakeDirectoryOf(path);
     if (split.status != SM_STATUS_OK)

@@ -1,6 +1,5 @@
 #include "config/linereader.h"
 
-#include <fcntl.h>
 #include <unistd.h>
 
 #include <algorithm>

@@ -5,6 +5,8 @@
 #ifndef CONFIG_LINEREADER_H
 #define CONFIG_LINEREADER_H
 
+#include <string_view>
+
 #include "frame/heap.h"
 
 namespace qzvest {
@@ -21,6 +23,13 @@ struct Line {
 inline bool IsBlank(char character)
 {
     return character == ' ' || character == '\t';
+}
+
+inline std::string_view SkipBlanks(std::string_view text)
+{
+    while (!text.empty() && IsBlank(text.front()))
+        text.remove_prefix(1);
+    return text;
 }
 
 class LineReader {

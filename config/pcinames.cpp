@@ -1,10 +1,10 @@
 #include "config/pcinames.h"
 
-#include <qzvest/status.h>
-
 #include <cstdio>
 #include <cstring>
 #include <memory>
+
+#include <qzvest/status.h>
 
 #include "frame/heap.h"
 

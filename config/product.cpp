@@ -8,6 +8,7 @@
 #include <cstring>
 #include <initializer_list>
 #include <iterator>
+#include <memory>
 
 #include "compat/environment.h"
 #include "compat/print.h"

@@ -1,6 +1,5 @@
 #include "config/property.h"
 
-#include <fcntl.h>
 #include <unistd.h>
 
 #include <cstring>
@@ -9,6 +8,7 @@
 #include "ipc/filelock.h"
 #include "os/descriptor.h"
 #include "os/file.h"
+#include "text/utf8.h"
 #include "values/typedvalue.h"
 
 namespace qzvest {
@@ -16,11 +16,6 @@ namespace {
 
 constexpr mode_t kDefaultMode = 0600; // of a file that goes meanwhile
 constexpr mode_t kOwnerBits = 0700;
-
-int OpenToRead(const char *path)
-{
-    return open(path, O_RDONLY | O_CLOEXEC);
-}
 
 // A value that is longer than most is read once more, into what it needs.
 uint32_t ReadValue(int descriptor, const char *key, void *dest, uint32_t *destSize, uint32_t typeAndFormat)
@@ -43,7 +38,7 @@ uint32_t ReadValue(int descriptor, const char *key, void *dest, uint32_t *destSi
 
 uint32_t ReadOrList(const char *path, const char *key, void *dest, uint32_t *destSize, uint32_t typeAndFormat)
 {
-    const Descriptor file(OpenToRead(path));
+    const Descriptor file = OpenToRead(path);
     if (!file)
         return SM_STATUS_INI_OPEN_FAILED;
     if (key != nullptr)
@@ -57,13 +52,7 @@ uint32_t ReadOrList(const char *path, const char *key, void *dest, uint32_t *des
 HeapPtr<char> DirectoryOf(const char *path)
 {
     const char *slash = std::strrchr(path, '/');
-    const size_t size = slash != nullptr ? static_cast<size_t>(slash - path) : 0;
-    HeapPtr<char> directory = HeapRoom<char>(size + 1);
-    if (directory) {
-        std::memcpy(directory.get(), path, size);
-        directory.get()[size] = '\0';
-    }
-    return directory;
+    return UTF8Copy({path, slash != nullptr ? static_cast<size_t>(slash - path) : 0});
 }
 
 struct Value {
@@ -100,15 +89,14 @@ uint32_t MakeEntry(const char *key, const Value &value, HeapPtr<char> &entry, ui
 uint32_t WriteTemporary(const char *key, const Value &value, const char *path, const char *directory,
                         HeapPtr<char> &temporary)
 {
-    const Descriptor input(OpenToRead(path));
+    const Descriptor input = OpenToRead(path);
     if (!input)
         return SM_STATUS_INI_OPEN_FAILED;
     const mode_t mode = SMFileModeGet(path, kDefaultMode, kKeepSticky);
-    int descriptor;
-    uint32_t status = CreateTmpFile(directory, temporary, mode & kOwnerBits, descriptor);
-    if (status != SM_STATUS_OK)
+    uint32_t status;
+    Descriptor output = CreateTmpFile(directory, temporary, mode & kOwnerBits, status);
+    if (!output)
         return status;
-    Descriptor output(descriptor);
     (void)fchmod(output.Get(), mode); // now, so that a crash behind the swap cannot leave another
     HeapPtr<char> entry;
     uint32_t entrySize = 0;

@@ -1,30 +1,21 @@
 #include "config/propertyscan.h"
 
-#include <qzvest/status.h>
-
-#include <sys/types.h>
-#include <unistd.h>
-
-#include <algorithm>
-#include <cerrno>
 #include <cstring>
 #include <string_view>
+
+#include <qzvest/status.h>
 
 #include "config/linereader.h"
 #include "config/rangecopy.h"
 #include "os/file.h"
+#include "text/utf8.h"
 
 namespace qzvest {
 namespace {
 
-constexpr bool IsSpace(char byte)
-{
-    return byte == ' ' || byte == '\t' || byte == '\n' || byte == '\r';
-}
-
 constexpr bool IsDelimiter(char byte)
 {
-    return byte == '=' || byte == ':' || IsSpace(byte);
+    return byte == '=' || byte == ':' || IsTextSpace(byte);
 }
 
 template <bool (*kIs)(char)>
@@ -46,7 +37,7 @@ std::string_view TextOf(const Line &line)
 // Just one byte: it is for the carriage return of files with CRLF.
 std::string_view ValueOf(std::string_view text)
 {
-    if (!text.empty() && IsSpace(text.back()))
+    if (!text.empty() && IsTextSpace(text.back()))
         text.remove_suffix(1);
     return text;
 }
@@ -73,7 +64,7 @@ struct Entry {
 bool ParseEntry(const Line &line, Entry &entry)
 {
     std::string_view text = TextOf(line);
-    SkipRun<IsSpace>(text);
+    SkipRun<IsTextSpace>(text);
     if (text.size() < 2 || IsComment(text))
         return false;
     const char *begin = text.data();
@@ -119,7 +110,7 @@ void SkipValue(LineReader &lines, std::string_view value)
 bool IsElsewhere(const Line &line, char first)
 {
     std::string_view text = TextOf(line);
-    SkipRun<IsSpace>(text);
+    SkipRun<IsTextSpace>(text);
     return text.empty() || (text.front() != first && !ValueOf(text).ends_with('\\'));
 }
 
@@ -137,7 +128,7 @@ bool FindEntry(LineReader &lines, const char *key, Entry &entry, int64_t &start)
 }
 
 // A text in the making, which is counted to its end when the room is not enough.
-struct Room {
+struct CountedText {
     char *text;
     size_t size; // bytes at text
     size_t used = 0;
@@ -171,9 +162,9 @@ uint32_t PropertyFind(int descriptor, const char *key, char *text, uint32_t *siz
     int64_t start;
     if (!FindEntry(lines, key, entry, start))
         return lines.Failed() ? SM_STATUS_FAILED : SM_STATUS_INI_NO_KEY;
-    Room room = {text, text != nullptr ? *size : 0};
-    ReadValue(lines, entry.value, [&room](std::string_view piece) { room.Add(piece); });
-    return lines.Failed() ? SM_STATUS_FAILED : room.Close(size); // half a value is none
+    CountedText value = {text, text != nullptr ? *size : 0};
+    ReadValue(lines, entry.value, [&value](std::string_view piece) { value.Add(piece); });
+    return lines.Failed() ? SM_STATUS_FAILED : value.Close(size); // half a value is none
 }
 
 uint32_t PropertyList(int descriptor, char *keys, uint32_t *size)
@@ -181,23 +172,23 @@ uint32_t PropertyList(int descriptor, char *keys, uint32_t *size)
     LineReader lines;
     if (!lines.Open(descriptor))
         return SM_STATUS_NO_MEMORY;
-    Room room = {keys, keys != nullptr ? *size : 0};
+    CountedText list = {keys, keys != nullptr ? *size : 0};
     size_t given = 0; // bytes of the keys that fit, with the end of the list behind them
     for (Entry entry; NextEntry(lines, entry); SkipValue(lines, entry.value)) {
         const size_t need = entry.key.size() + 1;
-        if (given == room.used && given + need < room.size) {
+        if (given == list.used && given + need < list.size) {
             std::memcpy(keys + given, entry.key.data(), need - 1);
             keys[given + need - 1] = '\0';
             given += need;
         }
-        room.used += need;
+        list.used += need;
     }
     if (lines.Failed())
         return SM_STATUS_FAILED;
-    const bool empty = room.used == 0;
-    if (!empty && given < room.size)
+    const bool empty = list.used == 0;
+    if (!empty && given < list.size)
         keys[given] = '\0';
-    const uint32_t status = room.Close(size);
+    const uint32_t status = list.Close(size);
     return empty ? SM_STATUS_INI_NO_KEY : status;
 }
 

@@ -1,9 +1,7 @@
 #include "config/registration.h"
 
-#include <fcntl.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cstring>
 #include <string_view>
 
@@ -17,26 +15,17 @@ constexpr uint32_t kReadLimit = 8451;
 
 const char *chosen; // one of the places, or NULL
 
-std::string_view WithoutLeadingBlanks(std::string_view text)
-{
-    size_t blanks = 0;
-    while (blanks < text.size() && IsBlank(text[blanks]))
-        ++blanks;
-    text.remove_prefix(blanks);
-    return text;
-}
-
 // True when the line gives the key's value, which points into the line.
 bool ValueOfLine(const Line &line, std::string_view key, std::string_view &value)
 {
-    std::string_view text = WithoutLeadingBlanks({line.bytes, strnlen(line.bytes, line.size)});
+    std::string_view text = SkipBlanks({line.bytes, strnlen(line.bytes, line.size)});
     if (text.empty() || text.front() == ';' || text.front() == '#')
         return false;
     const size_t sign = text.find('=');
     if (sign == std::string_view::npos || std::string_view(text.data(), sign) != key)
         return false;
     text.remove_prefix(sign + 1);
-    value = WithoutLeadingBlanks(text);
+    value = SkipBlanks(text);
     if (!value.empty() && value.back() == '\n')
         value.remove_suffix(1);
     while (value.size() > 1 && IsBlank(value.back()))
@@ -44,19 +33,9 @@ bool ValueOfLine(const Line &line, std::string_view key, std::string_view &value
     return true;
 }
 
-uint32_t CopyText(std::string_view text, HeapPtr<char> &copy)
+Descriptor OpenIfAny(const char *path)
 {
-    copy = HeapRoom<char>(text.size() + 1);
-    if (!copy)
-        return SM_STATUS_NO_MEMORY;
-    char *end = std::copy_n(text.data(), text.size(), copy.get());
-    *end = '\0';
-    return SM_STATUS_OK;
-}
-
-int OpenToRead(const char *path)
-{
-    return path != nullptr ? open(path, O_RDONLY | O_CLOEXEC) : -1;
+    return path != nullptr ? OpenToRead(path) : Descriptor();
 }
 
 } // namespace
@@ -79,7 +58,7 @@ void RegistrationDetach()
 }
 
 RegistrationFile::RegistrationFile(const char *path)
-    : file_(OpenToRead(path != nullptr ? path : chosen)), ready_(file_ && lines_.Open(file_.Get(), kReadLimit))
+    : file_(OpenIfAny(path != nullptr ? path : chosen)), ready_(file_ && lines_.Open(file_.Get(), kReadLimit))
 {
 }
 
@@ -93,8 +72,10 @@ uint32_t RegistrationFile::Read(const char *key, HeapPtr<char> &value)
     Line line;
     std::string_view found;
     while (lines_.Next(line)) {
-        if (ValueOfLine(line, key, found))
-            return CopyText(found, value);
+        if (ValueOfLine(line, key, found)) {
+            value = UTF8Copy(found);
+            return value ? SM_STATUS_OK : SM_STATUS_NO_MEMORY;
+        }
     }
     return SM_STATUS_NOT_FOUND;
 }

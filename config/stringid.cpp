@@ -1,14 +1,15 @@
 #include "config/stringid.h"
 
-#include <qzvest/status.h>
-#include <qzvest/types.h>
-
 #include <atomic>
 #include <cstring>
+
+#include <qzvest/status.h>
+#include <qzvest/types.h>
 
 #include "config/ini.h"
 #include "config/product.h"
 #include "frame/heap.h"
+#include "ipc/filelock.h"
 #include "text/format.h"
 #include "text/transcode.h"
 
@@ -58,8 +59,8 @@ bool ReadText(Lookup &lookup, const char *section, uint32_t language, uint32_t s
 {
     (void)SMFormatPrint(lookup.key, kKeyRoom, "%X:%X", language, stringId);
     uint32_t size = kValueRoom;
-    return SMReadINIPathFileValue(section, lookup.key, INI_TYPE_UTF8, lookup.value, &size, nullptr, 0, path, 1) ==
-           SM_STATUS_OK;
+    return SMReadINIPathFileValue(section, lookup.key, INI_TYPE_UTF8, lookup.value, &size, nullptr, 0, path,
+                                  kWaitForLock) == SM_STATUS_OK;
 }
 
 // A band of ids that builds for other makers move elsewhere. Nothing guards it: two first callers both read the same.
@@ -72,7 +73,7 @@ bool LoadOemWord(const char *key, uint32_t &word)
 {
     uint32_t size = sizeof word;
     return SMReadINIFileValue("OEM Configuration", key, INI_TYPE_UINT32, &word, &size, &word, sizeof word,
-                              "qzisdy64.ini", 1) == SM_STATUS_OK;
+                              "qzisdy64.ini", kWaitForLock) == SM_STATUS_OK;
 }
 
 uint32_t LoadOemBand()

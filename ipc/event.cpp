@@ -32,7 +32,7 @@ HeapPtr<SMEvent> NewRecord(const char *name)
 
 SMEvent *SMEventCreate(const char *name, uint16_t manualReset, uint16_t initiallySet)
 {
-    return SMEventCreate_s(name, manualReset, initiallySet, name != nullptr ? 0xFFFFFFFF : 0);
+    return SMEventCreate_s(name, manualReset, initiallySet, name != nullptr ? SM_ACCESS_GROUP : SM_ACCESS_OWNER);
 }
 
 SMEvent *SMEventCreate_s(const char *name, uint16_t manualReset, uint16_t initiallySet, uint32_t accessMask)
@@ -83,7 +83,7 @@ uint32_t SMEventReset(SMEvent *handle)
     if (const uint32_t status = StatusOf(handle); status != SM_STATUS_OK)
         return status;
     const SemObjectRecord &record = handle->record;
-    if (record.head.name == nullptr)
+    if (!IsNamed(&record))
         return LocalSemSet(record.object.local, 0);
     if (record.object.set == 0)
         return SM_STATUS_FAILED;

@@ -5,10 +5,12 @@
 
 #include <cerrno>
 #include <cstring>
+#include <memory>
 
 #include "containers/redblacktree.h"
 #include "ipc/mutex.h"
 #include "ipc/names.h"
+#include "os/clock.h"
 #include "os/descriptor.h"
 #include "os/file.h"
 #include "text/utf8.h"
@@ -120,8 +122,7 @@ uint32_t LockFile(SMFileLock *lock, int32_t mode, bool forever)
 
 void UnlockFile(SMFileLock *lock)
 {
-    while (!SetWholeFileLock(lock->descriptor, F_UNLCK, F_SETLKW) && errno == EINTR) {
-    }
+    UnlockWholeFile(lock->descriptor);
     (void)close(lock->descriptor);
     lock->descriptor = -1;
 }
@@ -158,7 +159,7 @@ uint32_t SMFileLockAcquire(SMFileLock *lock, int32_t mode, int32_t wait)
 {
     if (HandleStatus(lock, kKindFileLock) != SM_STATUS_OK)
         return SM_STATUS_INVALID_PARAMETER;
-    const bool forever = wait == 1;
+    const bool forever = wait == kWaitForLock;
     if (const uint32_t status = SMMutexLock(lock->mutex, forever ? SM_WAIT_FOREVER : 0); status != SM_STATUS_OK)
         return status;
     const uint32_t status = LockFile(lock, mode, forever);

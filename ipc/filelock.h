@@ -13,15 +13,16 @@ namespace qzvest {
 
 struct SMFileLock;
 
+constexpr int16_t kWaitForLock = 1; // anything else tries once
+
 enum FileLockMode : int32_t { kFileLockReader = 1, kFileLockWriter = 2 };
 
 // The record of a path, which lives until detach; NULL for a NULL path and when it cannot be made. Two spellings of a
 // path are two locks.
 SMFileLock *SMFileLockOpen(const char *path);
 
-// wait: 1 waits without limit, anything else tries once. SM_STATUS_TIMEOUT when it is held elsewhere,
-// SM_STATUS_ACCESS_DENIED, SM_STATUS_FAILED when the lock file cannot be opened, SM_STATUS_INVALID_PARAMETER for NULL
-// or another mode.
+// wait: kWaitForLock waits without limit. SM_STATUS_TIMEOUT when it is held elsewhere, SM_STATUS_ACCESS_DENIED,
+// SM_STATUS_FAILED when the lock file cannot be opened, SM_STATUS_INVALID_PARAMETER for NULL or another mode.
 uint32_t SMFileLockAcquire(SMFileLock *lock, int32_t mode, int32_t wait);
 uint32_t SMFileLockRelease(SMFileLock *lock);
 void SMFileLockClose(SMFileLock *lock);

@@ -1,9 +1,9 @@
 #include "ipc/keys.h"
 
-#include <qzvest/status.h>
-
 #include <algorithm>
 #include <cstring>
+
+#include <qzvest/status.h>
 
 #include "config/ini.h"
 #include "frame/heap.h"
@@ -18,16 +18,15 @@ namespace {
 constexpr const char *kNameSection = "Unique String Name Key Section";
 constexpr const char *kNumberSection = "Unique Numeric Value Key Section";
 constexpr uint32_t kFirstKey = 300001;
-constexpr int16_t kWait = 1;
 
 // The registry lock, which makes look-up, choice and store one step. A process that may only read the lock file still
-// finds the names that there are.
+// finds the names that there are; a FileLockGuard is of one mode, and two would look for the record twice.
 class RegistryLock {
 public:
     RegistryLock() : lock_(SMFileLockOpen(IPCRegistryLockPath()))
     {
-        held_ = SMFileLockAcquire(lock_, kFileLockWriter, kWait) == SM_STATUS_OK ||
-                SMFileLockAcquire(lock_, kFileLockReader, kWait) == SM_STATUS_OK;
+        held_ = SMFileLockAcquire(lock_, kFileLockWriter, kWaitForLock) == SM_STATUS_OK ||
+                SMFileLockAcquire(lock_, kFileLockReader, kWaitForLock) == SM_STATUS_OK;
     }
     ~RegistryLock()
     {
@@ -60,7 +59,7 @@ KeyList ListKeys()
     while (list.names) {
         const uint32_t room = size;
         list.status = SMReadINIPathFileValue(kNumberSection, nullptr, INI_TYPE_UTF8, list.names.get(), &size, nullptr,
-                                             0, IPCRegistryFile(), kWait);
+                                             0, IPCRegistryFile(), kWaitForLock);
         if (list.status != SM_STATUS_BUFFER_TOO_SMALL || size <= room)
             break;
         list.names = HeapRoom<char>(size);
@@ -89,13 +88,13 @@ uint32_t KeyBehind(const char *names)
 uint32_t Store(const char *objectName, uint32_t key)
 {
     const char *file = IPCRegistryFile();
-    if (SMWriteINIPathFileValue(kNameSection, objectName, INI_TYPE_UINT32, &key, sizeof key, file, kWait) !=
+    if (SMWriteINIPathFileValue(kNameSection, objectName, INI_TYPE_UINT32, &key, sizeof key, file, kWaitForLock) !=
         SM_STATUS_OK)
         return 0;
     char number[kInt64Text];
     UInt64ToUTF8Str(number, key);
     (void)SMWriteINIPathFileValue(kNumberSection, number, INI_TYPE_UTF8, objectName,
-                                  static_cast<uint32_t>(std::strlen(objectName) + 1), file, kWait);
+                                  static_cast<uint32_t>(std::strlen(objectName) + 1), file, kWaitForLock);
     return key;
 }
 
@@ -104,7 +103,7 @@ uint32_t FindOrGive(const char *objectName)
     uint32_t key = 0;
     uint32_t size = sizeof key;
     const uint32_t status = SMReadINIPathFileValue(kNameSection, objectName, INI_TYPE_UINT32, &key, &size, &key, size,
-                                                   IPCRegistryFile(), kWait);
+                                                   IPCRegistryFile(), kWaitForLock);
     if (status == SM_STATUS_OK)
         return key;
     if (status == SM_STATUS_INI_OPEN_FAILED || status == SM_STATUS_FILE_NOT_FOUND)

@@ -1,13 +1,9 @@
 #include "ipc/localmutex.h"
 
-#include <unistd.h>
-
 #include "os/clock.h"
 
 namespace qzvest {
 namespace {
-
-constexpr useconds_t kPollMicroseconds = 1000;
 
 // A timed wait polls: there is no waking at the very moment of release, and none is promised. It stays out of its
 // caller, where its registers would have to be saved for the endless wait too, the common case.
@@ -17,7 +13,7 @@ constexpr useconds_t kPollMicroseconds = 1000;
         return SM_STATUS_OK;
     const timespec start = MonotonicNow();
     while (MillisecondsSince(start) < timeoutMs) {
-        (void)usleep(kPollMicroseconds); // woken early, it only polls sooner
+        (void)usleep(kLockPollMicroseconds); // woken early, it only polls sooner
         if (pthread_mutex_trylock(mutex) == 0)
             return SM_STATUS_OK;
     }

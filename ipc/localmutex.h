@@ -4,6 +4,8 @@
 
 #include <pthread.h>
 
+#include <memory>
+
 #include <qzvest/status.h>
 #include <qzvest/types.h>
 

@@ -2,9 +2,9 @@
 
 #include <pthread.h>
 
-#include <qzvest/status.h>
-
 #include <cerrno>
+
+#include <qzvest/status.h>
 
 #include "frame/heap.h"
 #include "ipc/localmutex.h"

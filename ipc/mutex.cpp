@@ -27,13 +27,7 @@ namespace {
 static_assert(offsetof(SMMutex, descriptor) == 16 && offsetof(SMMutex, localMutex) == 24);
 static_assert(offsetof(SMMutex, lockType) == 32);
 
-constexpr uint32_t kEveryoneOfTheGroup = 0xFFFFFFFF;
 constexpr mode_t kOwnerOnly = 0600;
-
-bool IsNamed(const SMMutex *mutex)
-{
-    return mutex->head.name != nullptr;
-}
 
 // Who may only read the file takes a shared lock: it excludes those that may write, but not others like it.
 bool OpenFile(SMMutex *mutex, bool create, mode_t mode)
@@ -108,8 +102,7 @@ uint32_t LockFile(SMMutex *mutex, int32_t timeoutMs)
 
 [[gnu::noinline]] void UnlockNamed(const SMMutex *mutex)
 {
-    while (!SetWholeFileLock(static_cast<int>(mutex->descriptor.file), F_UNLCK, F_SETLKW) && errno == EINTR) {
-    }
+    UnlockWholeFile(static_cast<int>(mutex->descriptor.file));
     (void)pthread_mutex_unlock(mutex->localMutex);
 }
 
@@ -143,7 +136,7 @@ SMMutex *AnonymousMutex()
 
 SMMutex *SMMutexCreate(const char *name)
 {
-    return SMMutexCreate_s(name, kEveryoneOfTheGroup);
+    return SMMutexCreate_s(name, SM_ACCESS_GROUP);
 }
 
 SMMutex *SMMutexCreate_s(const char *name, uint32_t accessMask)

@@ -2,10 +2,10 @@
 #ifndef IPC_NAMERECORD_H
 #define IPC_NAMERECORD_H
 
+#include <cstddef>
+
 #include <qzvest/status.h>
 #include <qzvest/types.h>
-
-#include <cstddef>
 
 #include "frame/heap.h"
 
@@ -36,6 +36,12 @@ uint32_t HandleStatus(const Record *handle, HandleKind kind)
     if (handle == nullptr)
         return SM_STATUS_INVALID_PARAMETER;
     return handle->head.kind == kind ? SM_STATUS_OK : SM_STATUS_BAD_FORMAT;
+}
+
+template <typename Record>
+bool IsNamed(const Record *handle)
+{
+    return handle->head.name != nullptr;
 }
 
 } // namespace qzvest

@@ -6,12 +6,12 @@
 
 #include "digest/rfc1321.h"
 #include "ipc/paths.h"
+#include "values/bytetext.h"
 
 namespace qzvest {
 namespace {
 
-constexpr uint32_t kEveryoneOfTheGroup = 0xFFFFFFFF; // no nibbles
-constexpr size_t kLargestObjectName = 256;           // with its terminator
+constexpr size_t kLargestObjectName = 256; // with its terminator
 
 // By kind; an object that lives in a file has a path for a name.
 struct ObjectNaming {
@@ -30,7 +30,7 @@ constexpr ObjectNaming kNamings[] = {
 };
 static_assert(std::size(kNamings) == kKindFileLock + 1);
 
-// In how far an access mask's nibble and a class of mode bits are shifted.
+// How far to shift: the class's nibble in a mask, and its bits in a mode.
 struct AccessClass {
     uint32_t nibble;
     uint32_t mode;
@@ -76,19 +76,15 @@ uint32_t SMNameDigest(const char *name, char *buffer, uint32_t *sizeInOut)
     SMRFC1321Load(&context);
     SMRFC1321AddMsg(&context, name, static_cast<uint32_t>(std::strlen(name)) + 1);
     SMRFC1321ComputeMsgDigest(&context);
-    for (const uint8_t byte : context.digest) {
-        *buffer++ = "0123456789ABCDEF"[byte >> 4];
-        *buffer++ = "0123456789ABCDEF"[byte & 15];
-    }
-    *buffer = '\0';
+    *PutHexDigits(buffer, context.digest, sizeof context.digest) = '\0';
     return SM_STATUS_OK;
 }
 
 mode_t SMIPCAccessMaskToMode(uint32_t accessMask)
 {
-    if (accessMask == kEveryoneOfTheGroup)
+    if (accessMask == SM_ACCESS_GROUP)
         return 0664;
-    if (accessMask == 0)
+    if (accessMask == SM_ACCESS_OWNER)
         return 0600;
     uint32_t mode = 0;
     for (const AccessClass &accessClass : kClasses)

@@ -23,11 +23,11 @@ int SMIPCPathsInit()
     const uint32_t status = RegistrationFile().Read(kDataPathKey, dataPath);
     if (status == SM_STATUS_NO_MEMORY)
         return 0; // the default would lead away from where the other processes meet
-    directory = UTF8Joined(dataPath ? dataPath.get() : kDefaultDataPath, "/", ".ipc");
+    directory = UTF8Join({dataPath ? dataPath.get() : kDefaultDataPath, "/.ipc"}).release();
     if (directory != nullptr)
-        registryFile = UTF8Joined(directory, "/", ".lxvestIPCini");
+        registryFile = UTF8Join({directory, "/.lxvestIPCini"}).release();
     if (registryFile != nullptr)
-        registryLockPath = UTF8Joined(registryFile, "", "Sem");
+        registryLockPath = UTF8Join({registryFile, "Sem"}).release();
     if (registryLockPath != nullptr)
         return 1;
     IPCPathsFree();

@@ -3,7 +3,7 @@
 // wake-ups.
 //
 // The mutex and both semaphores are named by the lock's object name, and so the two semaphores are one: a wake-up may
-// reach a waiter of the other sort, which looks at its condition and waits again.
+// reach a waiter of the other role, which looks at its condition and waits again.
 
 #include "ipc/rwlock.h"
 
@@ -36,9 +36,9 @@ namespace {
 
 constexpr int32_t kMostWaiters = 0x7FFFFFFF;
 
-// How one of the two sorts of callers locks: the system's calls of the anonymous form; of the named one where it is
+// How one of the two roles locks: the system's calls of the anonymous form; of the named one where it is
 // counted while it waits, on what it waits, for what, and what it changes when it gets the lock and when it leaves it.
-struct Sort {
+struct Role {
     int (*plain)(pthread_rwlock_t *);
     int (*timed)(pthread_rwlock_t *, const timespec *);
     int32_t SMRWL::*waiting;
@@ -48,14 +48,14 @@ struct Sort {
     void (*leave)(SMRWL *);
 };
 
-constexpr Sort kReader = {pthread_rwlock_rdlock,
+constexpr Role kReader = {pthread_rwlock_rdlock,
                           pthread_rwlock_timedrdlock,
                           &SMRWL::waitingReaders,
                           &SMRWL::readSemaphore,
                           [](const SMRWL *lock) { return lock->writerActive == 1 || lock->waitingWriters >= 1; },
                           [](SMRWL *lock) { ++lock->activeReaders; },
                           [](SMRWL *lock) { --lock->activeReaders; }};
-constexpr Sort kWriter = {pthread_rwlock_wrlock,
+constexpr Role kWriter = {pthread_rwlock_wrlock,
                           pthread_rwlock_timedwrlock,
                           &SMRWL::waitingWriters,
                           &SMRWL::writeSemaphore,
@@ -63,25 +63,20 @@ constexpr Sort kWriter = {pthread_rwlock_wrlock,
                           [](SMRWL *lock) { lock->writerActive = 1; },
                           [](SMRWL *lock) { lock->writerActive = 0; }};
 
-bool IsNamed(const SMRWL *lock)
-{
-    return lock->head.name != nullptr;
-}
-
 // ---- Anonymous ----
 
 // The system's deadline is one of the wall clock. A clock that jumps forward does not shorten the wait, since what is
 // left is told by the monotonic one.
-uint32_t GetAnonymous(pthread_rwlock_t *lock, const Sort &sort, int32_t timeoutMs)
+uint32_t GetAnonymous(pthread_rwlock_t *lock, const Role &role, int32_t timeoutMs)
 {
     if (timeoutMs == -1)
-        return sort.plain(lock) == 0 ? SM_STATUS_OK : SM_STATUS_FAILED;
+        return role.plain(lock) == 0 ? SM_STATUS_OK : SM_STATUS_FAILED;
     for (;;) {
         timespec wall;
         (void)clock_gettime(CLOCK_REALTIME, &wall);
         const timespec deadline = DeadlineAfter(wall, timeoutMs);
         const timespec start = MonotonicNow();
-        const int result = sort.timed(lock, &deadline);
+        const int result = role.timed(lock, &deadline);
         if (result == 0)
             return SM_STATUS_OK;
         if (result != ETIMEDOUT)
@@ -128,38 +123,38 @@ SMMutex *LockCounters(const SMRWL *lock)
 }
 
 // The time-out is for each wait afresh.
-uint32_t GetNamed(SMRWL *lock, const Sort &sort, uint32_t timeoutMs)
+uint32_t GetNamed(SMRWL *lock, const Role &role, uint32_t timeoutMs)
 {
     SMMutex *mutex = LockCounters(lock);
     if (mutex == nullptr)
         return SM_STATUS_FAILED;
-    uint32_t status = lock->*sort.waiting != kMostWaiters ? SM_STATUS_OK : SM_STATUS_LIMIT_REACHED;
+    uint32_t status = lock->*role.waiting != kMostWaiters ? SM_STATUS_OK : SM_STATUS_LIMIT_REACHED;
     if (status == SM_STATUS_OK) {
-        ++(lock->*sort.waiting);
-        while (status == SM_STATUS_OK && sort.mustWait(lock)) {
+        ++(lock->*role.waiting);
+        while (status == SM_STATUS_OK && role.mustWait(lock)) {
             (void)SMMutexUnLock(mutex);
-            status = SMSemaphoreAcquireWait(lock->*sort.semaphore, timeoutMs);
+            status = SMSemaphoreAcquireWait(lock->*role.semaphore, timeoutMs);
             mutex = LockCounters(lock);
             if (mutex == nullptr) // the lock is being destroyed
                 return SM_STATUS_FAILED;
             if (SMModuleIsDetaching() == 1)
                 return SM_STATUS_FAILED; // with all as it is: nobody will need it
         }
-        --(lock->*sort.waiting);
+        --(lock->*role.waiting);
     }
     if (status == SM_STATUS_OK)
-        sort.take(lock);
+        role.take(lock);
     (void)SMMutexUnLock(mutex);
     return status;
 }
 
 // Wakes who comes next. The two units too many only cause a look at the condition.
-void ReleaseNamed(SMRWL *lock, const Sort &sort)
+void ReleaseNamed(SMRWL *lock, const Role &role)
 {
     SMMutex *const mutex = LockCounters(lock);
     if (mutex == nullptr)
         return;
-    sort.leave(lock);
+    role.leave(lock);
     const int32_t writers = lock->waitingWriters;
     const int32_t readers = lock->waitingReaders;
     (void)SMMutexUnLock(mutex);
@@ -169,14 +164,14 @@ void ReleaseNamed(SMRWL *lock, const Sort &sort)
         (void)SMSemaphoreRelease(lock->readSemaphore, readers + 2, nullptr);
 }
 
-// Sends all waiters of a sort off, and gives them a moment to leave.
-void Dismiss(const SMRWL *lock, const Sort &sort, SMMutex *mutex, bool &held)
+// Sends all waiters of a role off, and gives them a moment to leave.
+void Dismiss(const SMRWL *lock, const Role &role, SMMutex *mutex, bool &held)
 {
-    if (lock->*sort.waiting <= 0)
+    if (lock->*role.waiting <= 0)
         return;
     if (held)
         (void)SMMutexUnLock(mutex);
-    (void)SMSemaphoreRelease(lock->*sort.semaphore, lock->*sort.waiting + 2, nullptr);
+    (void)SMSemaphoreRelease(lock->*role.semaphore, lock->*role.waiting + 2, nullptr);
     (void)sched_yield();
     held = SMMutexLock(mutex, SM_WAIT_FOREVER) == SM_STATUS_OK;
 }
@@ -198,20 +193,20 @@ void DestroyNamed(SMRWL *lock)
     (void)sched_yield();
 }
 
-uint32_t Get(SMRWL *handle, const Sort &sort, uint32_t timeoutMs)
+uint32_t Get(SMRWL *handle, const Role &role, uint32_t timeoutMs)
 {
     if (const uint32_t status = HandleStatus(handle, kKindReadWriteLock); status != SM_STATUS_OK)
         return status;
-    return IsNamed(handle) ? GetNamed(handle, sort, timeoutMs)
-                           : GetAnonymous(handle->rwlock, sort, static_cast<int32_t>(timeoutMs));
+    return IsNamed(handle) ? GetNamed(handle, role, timeoutMs)
+                           : GetAnonymous(handle->rwlock, role, static_cast<int32_t>(timeoutMs));
 }
 
-void Release(SMRWL *handle, const Sort &sort)
+void Release(SMRWL *handle, const Role &role)
 {
     if (HandleStatus(handle, kKindReadWriteLock) != SM_STATUS_OK)
         return;
     if (IsNamed(handle))
-        ReleaseNamed(handle, sort);
+        ReleaseNamed(handle, role);
     else
         (void)pthread_rwlock_unlock(handle->rwlock);
 }

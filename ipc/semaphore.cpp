@@ -19,41 +19,37 @@ uint32_t StatusOf(const SMSemaphore *handle)
     return handle != nullptr ? HandleStatus(&handle->record, kKindSemaphore) : SM_STATUS_INVALID_PARAMETER;
 }
 
-HeapPtr<SemObjectRecord> NewRecord(const char *name)
+HeapPtr<SMSemaphore> NewRecord(const char *name)
 {
-    return NameRecordAlloc<SemObjectRecord>(name, kKindSemaphore);
-}
-
-SMSemaphore *HandleOf(HeapPtr<SemObjectRecord> record)
-{
-    return reinterpret_cast<SMSemaphore *>(record.release());
+    return HeapPtr<SMSemaphore>(
+        reinterpret_cast<SMSemaphore *>(SMIPCNameRecordAlloc(name, sizeof(SMSemaphore), kKindSemaphore)));
 }
 
 } // namespace
 
 SMSemaphore *SMSemaphoreCreate(const char *name, uint32_t initialCount)
 {
-    return SMSemaphoreCreate_s(name, initialCount, name != nullptr ? 0xFFFFFFFF : 0);
+    return SMSemaphoreCreate_s(name, initialCount, name != nullptr ? SM_ACCESS_GROUP : SM_ACCESS_OWNER);
 }
 
 SMSemaphore *SMSemaphoreCreate_s(const char *name, uint32_t initialCount, uint32_t accessMask)
 {
     if (initialCount > uint32_t{kMostCount})
         return nullptr;
-    HeapPtr<SemObjectRecord> record = NewRecord(name);
-    if (!record || !SemObjectCreate(*record, 1, initialCount, accessMask))
+    HeapPtr<SMSemaphore> semaphore = NewRecord(name);
+    if (!semaphore || !SemObjectCreate(semaphore->record, 1, initialCount, accessMask))
         return nullptr;
-    return HandleOf(std::move(record));
+    return semaphore.release();
 }
 
 SMSemaphore *SMSemaphoreOpen(const char *name)
 {
     if (name == nullptr)
         return nullptr;
-    HeapPtr<SemObjectRecord> record = NewRecord(name);
-    if (!record || !SemObjectOpen(*record))
+    HeapPtr<SMSemaphore> semaphore = NewRecord(name);
+    if (!semaphore || !SemObjectOpen(semaphore->record))
         return nullptr;
-    return HandleOf(std::move(record));
+    return semaphore.release();
 }
 
 uint32_t SMSemaphoreAcquireWait(SMSemaphore *handle, uint32_t timeoutMs)
@@ -70,7 +66,7 @@ uint32_t SMSemaphoreRelease(SMSemaphore *handle, int32_t count, int32_t *previou
         return status;
     const SemObjectRecord &record = handle->record;
     if (previous != nullptr) {
-        if (record.head.name != nullptr)
+        if (IsNamed(&record))
             *previous = IPCSemSetGet(static_cast<int32_t>(record.object.set));
         else if (const uint32_t status = LocalSemGet(record.object.local, previous); status != SM_STATUS_OK)
             return status;

@@ -7,11 +7,6 @@
 namespace qzvest {
 namespace {
 
-bool IsNamed(const SemObjectRecord &record)
-{
-    return record.head.name != nullptr;
-}
-
 int32_t SetOf(const SemObjectRecord &record)
 {
     return static_cast<int32_t>(record.object.set);
@@ -22,7 +17,7 @@ int32_t SetOf(const SemObjectRecord &record)
 bool SemObjectCreate(SemObjectRecord &record, int32_t semaphoreCount, uint32_t initialCount, uint32_t accessMask)
 {
     record.owner = 1;
-    if (!IsNamed(record)) {
+    if (!IsNamed(&record)) {
         record.object.local = LocalSemCreate(static_cast<int32_t>(initialCount));
         return record.object.local != nullptr;
     }
@@ -41,19 +36,19 @@ bool SemObjectOpen(SemObjectRecord &record)
 
 uint32_t SemObjectWait(const SemObjectRecord &record, uint32_t timeoutMs)
 {
-    return IsNamed(record) ? SMIPCSemWait(SetOf(record), timeoutMs, false)
-                           : LocalSemWait(record.object.local, static_cast<int32_t>(timeoutMs));
+    return IsNamed(&record) ? SMIPCSemWait(SetOf(record), timeoutMs, false)
+                            : LocalSemWait(record.object.local, static_cast<int32_t>(timeoutMs));
 }
 
 uint32_t SemObjectPost(const SemObjectRecord &record, int32_t count)
 {
-    return IsNamed(record) ? SMIPCSemPost(SetOf(record), count) : LocalSemPost(record.object.local, count);
+    return IsNamed(&record) ? SMIPCSemPost(SetOf(record), count) : LocalSemPost(record.object.local, count);
 }
 
 void SemObjectDestroy(SemObjectRecord *record)
 {
     if (record->owner == 1) {
-        if (!IsNamed(*record))
+        if (!IsNamed(record))
             LocalSemDestroy(record->object.local);
         else if (record->object.set != 0)
             SMIPCSemSetRemove(SetOf(*record));

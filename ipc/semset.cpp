@@ -5,15 +5,16 @@
 #include <sys/time.h>
 #include <unistd.h>
 
-#include <qzvest/status.h>
-#include <qzvest/types.h>
-
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
 
+#include <qzvest/status.h>
+#include <qzvest/types.h>
+
 #include "config/ini.h"
 #include "frame/heap.h"
+#include "ipc/filelock.h"
 #include "ipc/keys.h"
 #include "ipc/names.h"
 #include "ipc/paths.h"
@@ -24,7 +25,6 @@ namespace qzvest {
 namespace {
 
 constexpr int kOwnerOnly = 0600;
-constexpr int16_t kWait = 1;
 constexpr uint32_t kNumberText = 16;
 
 // The fourth argument of semctl, which its users define.
@@ -50,16 +50,18 @@ void TellOperator(int error)
     (void)SMAppendToOSSysLog(kSeverity, kSource, 0, "Fleet Steward (Shared Library)", message);
 }
 
-void RemoveSet(int32_t setId)
+bool RemoveSet(int32_t setId)
 {
-    (void)semctl(setId, 0, IPC_RMID);
+    return semctl(setId, 0, IPC_RMID) == 0;
 }
 
 void DeleteFromList(int32_t setId)
 {
     char key[kNumberText];
-    (void)std::snprintf(key, sizeof key, "%u", static_cast<unsigned>(setId));
-    (void)SMWriteINIPathFileValue(kSemaphoreListSection, key, INI_TYPE_UTF8, nullptr, 0, IPCRegistryFile(), kWait);
+    (void)std::snprintf(key, sizeof key, "%u",
+                        static_cast<unsigned>(setId)); // the text of the record: no id is negative
+    (void)SMWriteINIPathFileValue(kSemaphoreListSection, key, INI_TYPE_UTF8, nullptr, 0, IPCRegistryFile(),
+                                  kWaitForLock);
 }
 
 void RecordInList(int32_t setId)
@@ -68,7 +70,7 @@ void RecordInList(int32_t setId)
     (void)std::snprintf(key, sizeof key, "%d", setId);
     const auto process = static_cast<uint64_t>(getpid());
     (void)SMWriteINIPathFileValue(kSemaphoreListSection, key, INI_TYPE_UINT64, &process, sizeof process,
-                                  IPCRegistryFile(), kWait);
+                                  IPCRegistryFile(), kWaitForLock);
 }
 
 bool IsAlive(uint64_t process)
@@ -84,17 +86,17 @@ void RemoveIfStale(const char *key)
     uint64_t process;
     uint32_t size = sizeof process;
     if (SMReadINIPathFileValue(kSemaphoreListSection, key, INI_TYPE_UINT64, &process, &size, nullptr, 0,
-                               IPCRegistryFile(), kWait) != SM_STATUS_OK ||
+                               IPCRegistryFile(), kWaitForLock) != SM_STATUS_OK ||
         IsAlive(process))
         return;
     uint32_t status;
     const int32_t setId = SMXLTParseSigned32(key, SMXLT_FORMAT_DEFAULT, &status);
-    if (status == SM_STATUS_OK && semctl(setId, 0, IPC_RMID) == 0)
-        DeleteFromList(setId);
+    if (status == SM_STATUS_OK)
+        SMIPCSemSetRemove(setId);
 }
 
 // Milliseconds of the wall clock, which these waits go by, in 32 bits.
-uint32_t MillisecondsBetween(const timeval &start, const timeval &end)
+uint32_t WallMilliseconds(const timeval &start, const timeval &end)
 {
     return static_cast<uint32_t>((end.tv_usec - start.tv_usec) / 1000 + (end.tv_sec - start.tv_sec) * 1000);
 }
@@ -116,7 +118,7 @@ uint32_t WaitWithin(int32_t setId, sembuf &operation, uint32_t timeoutMs)
             return errno == EAGAIN ? SM_STATUS_TIMEOUT : SM_STATUS_FAILED;
         timeval now;
         (void)gettimeofday(&now, nullptr);
-        const uint32_t elapsed = MillisecondsBetween(start, now);
+        const uint32_t elapsed = WallMilliseconds(start, now);
         if (timeoutMs <= elapsed)
             return SM_STATUS_TIMEOUT;
         left = DurationOf(timeoutMs - elapsed);
@@ -146,10 +148,10 @@ int32_t SMIPCSemSetCreate(uint32_t key, int32_t semaphoreCount, uint32_t initial
     }
     if (setId == 0) {
         // The number 0 stands for no set. A set in its place keeps the system from giving it out again.
-        RemoveSet(setId);
+        (void)RemoveSet(setId);
         const int spare = semget(IPC_PRIVATE, 1, IPC_CREAT | IPC_EXCL | kOwnerOnly);
         const int32_t another = SMIPCSemSetCreate(key, semaphoreCount, initialValue, accessMask);
-        RemoveSet(spare);
+        (void)RemoveSet(spare);
         return another;
     }
     IPCSemSetPut(setId, static_cast<int32_t>(initialValue));
@@ -166,7 +168,7 @@ int32_t IPCSemSetOf(uint32_t key)
 
 void SMIPCSemSetRemove(int32_t setId)
 {
-    if (semctl(setId, 0, IPC_RMID) == 0)
+    if (RemoveSet(setId))
         DeleteFromList(setId);
 }
 
@@ -220,7 +222,7 @@ void SMIPCStaleSemCleanup()
     uint32_t size = kListRoom;
     const HeapPtr<char> keys = HeapRoom<char>(size);
     if (!keys || SMReadINIPathFileValue(kSemaphoreListSection, nullptr, INI_TYPE_UTF8, keys.get(), &size, nullptr, 0,
-                                        IPCRegistryFile(), kWait) != SM_STATUS_OK)
+                                        IPCRegistryFile(), kWaitForLock) != SM_STATUS_OK)
         return;
     for (const char *key = keys.get(); *key != '\0'; key += std::strlen(key) + 1)
         RemoveIfStale(key);

@@ -7,6 +7,7 @@
 #include <sys/shm.h>
 
 #include <cerrno>
+#include <utility>
 
 #include "ipc/keys.h"
 #include "ipc/names.h"
@@ -98,7 +99,7 @@ bool AttachSegment(SMSharedMem &memory)
 
 SMSharedMem *SMSharedMemCreate(const char *name, uint32_t size)
 {
-    return SMSharedMemCreate_s(name, size, name != nullptr ? 0xFFFFFFFF : 0);
+    return SMSharedMemCreate_s(name, size, name != nullptr ? SM_ACCESS_GROUP : SM_ACCESS_OWNER);
 }
 
 SMSharedMem *SMSharedMemCreate_s(const char *name, uint32_t size, uint32_t accessMask)

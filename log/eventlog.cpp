@@ -48,7 +48,7 @@ uint32_t LimitOf(const char *path)
 }
 
 // A failure shows for the path alone.
-uint32_t AppendText(const TextLogEvent &event, char *path)
+uint32_t AppendText(const LogEvent &event, char *path)
 {
     if (const uint32_t status = PathOfLog(kTextLog, path); status != SM_STATUS_OK)
         return status;
@@ -58,12 +58,11 @@ uint32_t AppendText(const TextLogEvent &event, char *path)
     return SM_STATUS_OK;
 }
 
-uint32_t AppendXML(const TextLogEvent &event, char *path)
+uint32_t AppendXML(const LogEvent &event, char *path)
 {
     if (const uint32_t status = PathOfLog(kXMLLog, path); status != SM_STATUS_OK)
         return status;
-    return SMAppendToXMLLog(path, event.type, event.category, event.eventId, nullptr, event.source, event.description,
-                            nullptr, event.data, event.dataSize, LimitOf(path));
+    return AppendToXMLLog(path, event, LimitOf(path));
 }
 
 uint32_t DeleteText(char *path)
@@ -90,7 +89,7 @@ uint32_t SMAppendToLog(uint8_t logTargets, uint16_t type, uint16_t category, uin
     const HeapPtr<char> path = HeapRoom<char>(kPathRoom);
     if (!path)
         return SM_STATUS_FAILED;
-    const TextLogEvent event = {type, category, eventId, source, description, data, dataSize};
+    const LogEvent event = {type, category, eventId, source, description, data, dataSize};
     uint32_t status = SM_STATUS_OK;
     if ((logTargets & SM_LOG_TEXT) != 0)
         status = AppendText(event, path.get());
@@ -115,7 +114,7 @@ uint32_t SMClearLog(uint8_t logTargets, uint16_t category, const char *source)
             status = SM_STATUS_BAD_ARGUMENT;
         if (status != SM_STATUS_OK)
             return status;
-        const TextLogEvent notice = {kNoticeType, category, 0, source, kClearNotice, nullptr, 0};
+        const LogEvent notice = {kNoticeType, category, 0, source, kClearNotice, nullptr, 0};
         status = AppendToTextLog(path.get(), notice, DefaultLogLimit());
     }
     if ((logTargets & SM_LOG_XML) != 0) // also when the notice could not be written

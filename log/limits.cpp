@@ -1,8 +1,8 @@
 #include "log/limits.h"
 
-#include <qzvest/status.h>
-
 #include <cstring>
+
+#include <qzvest/status.h>
 
 #include "containers/redblacktree.h"
 #include "frame/heap.h"
@@ -16,7 +16,6 @@ namespace {
 constexpr uint32_t kDefaultLimit = 0x100000; // and the lowest that can be set
 constexpr uint32_t kSmallLimit = 0x20000;    // the same on machines that have little room
 constexpr uint32_t kHighestLimit = 0x400000;
-constexpr uint32_t kSmallMachine = 4; // a type of operating system
 constexpr size_t kPathRoom = 256;
 
 struct LogLimit {
@@ -108,7 +107,7 @@ int LogRegistryAttach()
     if (initialised != 0)
         return attachResult;
     exportContext = 0;
-    defaultLimit = SMOSTypeGet() == kSmallMachine ? kSmallLimit : kDefaultLimit;
+    defaultLimit = SMOSTypeGet() == kVMkernel ? kSmallLimit : kDefaultLimit;
     registryMutex = SMMutexCreate(nullptr);
     SMRedBlackTreeAttach(&registry);
     initialised = 1;

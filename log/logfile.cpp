@@ -4,40 +4,27 @@
 
 #include <cstdio>
 #include <cstring>
-#include <iterator>
+#include <string_view>
 
 #include "frame/heap.h"
 #include "ipc/filelock.h"
 #include "os/file.h"
+#include "text/utf8.h"
 
 namespace qzvest {
 namespace {
 
-constexpr const char *kCategories[] = {nullptr,          "Record Broker",       "Gaugework Service",
-                                       "Volume Service", "Bridge Link Service", "Host Agent Frame",
-                                       "Package Ledger"};
 constexpr size_t kMostPath = 255;
-constexpr int16_t kWait = 1;
 
 } // namespace
-
-const char *LogCategoryName(uint16_t category)
-{
-    return category < std::size(kCategories) ? kCategories[category] : nullptr;
-}
 
 uint32_t MakeLogDirectory(const char *path)
 {
     const char *slash = std::strrchr(path, '/');
     if (slash == nullptr || slash == path)
         return SM_STATUS_OK;
-    const auto length = static_cast<size_t>(slash - path);
-    const HeapPtr<char> directory = HeapRoom<char>(length + 1);
-    if (!directory)
-        return SM_STATUS_NO_MEMORY;
-    std::memcpy(directory.get(), path, length);
-    directory.get()[length] = '\0';
-    return SMMkDir(directory.get());
+    const HeapPtr<char> directory = UTF8Copy({path, static_cast<size_t>(slash - path)});
+    return directory ? SMMkDir(directory.get()) : SM_STATUS_NO_MEMORY;
 }
 
 void PutBackupPath(char *backup, const char *path, size_t size)
@@ -57,7 +44,7 @@ uint32_t BackUpLog(const char *path)
     if (!backup)
         return SM_STATUS_NO_MEMORY;
     PutBackupPath(backup.get(), path, length + 1);
-    const FileLockGuard lock(path, kFileLockWriter, kWait);
+    const FileLockGuard lock(path, kFileLockWriter, kWaitForLock);
     if (lock.Status() != SM_STATUS_OK)
         return lock.Status();
     (void)unlink(backup.get());
@@ -66,7 +53,7 @@ uint32_t BackUpLog(const char *path)
 
 uint32_t DeleteLog(const char *path)
 {
-    const FileLockGuard lock(path, kFileLockWriter, kWait);
+    const FileLockGuard lock(path, kFileLockWriter, kWaitForLock);
     if (lock.Status() != SM_STATUS_OK)
         return lock.Status();
     return SMDeleteFile(path);

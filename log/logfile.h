@@ -18,8 +18,18 @@ constexpr uint16_t kNoticeCategory = SM_LOG_RECORD_BROKER;
 constexpr const char *kBackupNotice = "Log backup created";
 constexpr const char *kClearNotice = "Log was cleared";
 
-// NULL for a category that there is not.
-const char *LogCategoryName(uint16_t category);
+// An event on its way to a log. The text log has no use for the user and the link.
+struct LogEvent {
+    uint16_t type;
+    uint16_t category;
+    uint32_t eventId;
+    const char *source;
+    const char *description;
+    const void *data;
+    uint32_t dataSize;
+    const char *userInfo = nullptr;
+    const char *link = nullptr;
+};
 
 // The directory of a log, one level. SM_STATUS_FAILED, SM_STATUS_NO_MEMORY.
 uint32_t MakeLogDirectory(const char *path);

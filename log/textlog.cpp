@@ -5,16 +5,17 @@
 
 #include <algorithm>
 #include <bit>
-#include <cstring>
+#include <ctime>
 #include <iterator>
+#include <memory>
 
 #include "frame/heap.h"
 #include "ipc/filelock.h"
 #include "log/limits.h"
-#include "log/logfile.h"
 #include "os/address.h"
 #include "os/descriptor.h"
 #include "os/file.h"
+#include "os/system.h"
 #include "text/number.h"
 #include "text/sizedstring.h"
 #include "text/transcode.h"
@@ -25,11 +26,7 @@ namespace qzvest {
 namespace {
 
 constexpr uint32_t kTextRoom = 2048; // bytes of a text of the event in UCS-2, with its terminator
-constexpr size_t kMostSource = 1023;
-constexpr size_t kMostDescription = 16383;
-constexpr size_t kHostRoom = 64;
 constexpr uint32_t kDumpRoom = 2048;
-constexpr int16_t kWait = 1;
 constexpr int64_t kHeaderSize = 256; // bytes; a log that is shorter gets the block
 
 struct TypeLine {
@@ -93,7 +90,7 @@ struct Record {
     const char *category;
     const char *typeLine;
     char time[32];
-    uint16_t host[kHostRoom];
+    uint16_t host[kHostNameRoom];
     size_t hostLength;
     SMSSUCS2Str dump;
 };
@@ -167,26 +164,25 @@ uint32_t Convert(const char *text, uint16_t (&units)[kRoom], size_t &length)
     return status;
 }
 
-uint32_t ConvertTexts(const TextLogEvent &event, Record &record)
+uint32_t ConvertTexts(const LogEvent &event, Record &record)
 {
     uint32_t status = Convert(event.source, record.source, record.sourceLength);
     if (status == SM_STATUS_OK)
         status = Convert(event.description, record.description, record.descriptionLength);
     if (status != SM_STATUS_OK)
         return status;
-    const bool good = record.sourceLength >= 1 && record.sourceLength <= kMostSource && record.descriptionLength >= 1 &&
-                      record.descriptionLength <= kMostDescription;
+    const bool good = record.sourceLength >= 1 && record.descriptionLength >= 1; // what is too long finds no room above
     return good ? SM_STATUS_OK : SM_STATUS_BAD_ARGUMENT;
 }
 
 // Time, host and dump. Under the lock, so that the records' times ascend. The append of the dump tells a record
 // without a buffer.
-uint32_t Complete(const TextLogEvent &event, Record &record)
+uint32_t Complete(const LogEvent &event, Record &record)
 {
     const time_t now = time(nullptr);
     if (TimeToUTF8Str(&now, record.time, sizeof record.time) != 0)
         return SM_STATUS_FAILED;
-    char host[kHostRoom];
+    char host[kHostNameRoom];
     uint32_t hostSize = sizeof host;
     if (SMGetIPHostName(host, &hostSize) != SM_STATUS_OK ||
         Convert(host, record.host, record.hostLength) != SM_STATUS_OK)
@@ -196,9 +192,9 @@ uint32_t Complete(const TextLogEvent &event, Record &record)
 }
 
 // The record is written under the lock in one go. A torn one stays in the file.
-uint32_t WriteUnderLock(const char *path, const TextLogEvent &event, Record &record, mode_t mode)
+uint32_t WriteUnderLock(const char *path, const LogEvent &event, Record &record, mode_t mode)
 {
-    const FileLockGuard lock(path, kFileLockWriter, kWait);
+    const FileLockGuard lock(path, kFileLockWriter, kWaitForLock);
     if (lock.Status() != SM_STATUS_OK)
         return lock.Status();
     Descriptor file(open(path, O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, mode));
@@ -217,14 +213,14 @@ uint32_t WriteUnderLock(const char *path, const TextLogEvent &event, Record &rec
 }
 
 // Moves a log away that the record would bring to its limit, and says so in the new one.
-void BackUpIfFull(const char *path, const TextLogEvent &event, const Record &record, uint32_t limit)
+void BackUpIfFull(const char *path, const LogEvent &event, const Record &record, uint32_t limit)
 {
     const size_t estimate =
         (size_t{event.dataSize / 16} * 83 + 1107 + record.sourceLength + record.descriptionLength) * 2;
     uint32_t size;
     if (SMGetSizeOfFile(path, &size) != SM_STATUS_OK || limit > estimate + size || BackUpLog(path) != SM_STATUS_OK)
         return;
-    const TextLogEvent notice = {kNoticeType, kNoticeCategory, 1, event.source, kBackupNotice, nullptr, 0};
+    const LogEvent notice = {kNoticeType, kNoticeCategory, 1, event.source, kBackupNotice, nullptr, 0};
     (void)AppendToTextLog(path, notice, DefaultLogLimit());
 }
 
@@ -238,14 +234,14 @@ struct RecordRelease {
 
 } // namespace
 
-uint32_t AppendToTextLog(const char *path, const TextLogEvent &event, uint32_t limit)
+uint32_t AppendToTextLog(const char *path, const LogEvent &event, uint32_t limit)
 {
     const std::unique_ptr<Record, RecordRelease> record(static_cast<Record *>(std::calloc(1, sizeof(Record))));
     if (!record)
         return SM_STATUS_FAILED;
     if (const uint32_t status = ConvertTexts(event, *record); status != SM_STATUS_OK)
         return status;
-    record->category = LogCategoryName(event.category);
+    record->category = LogSourceName(event.category);
     if (record->category == nullptr)
         return SM_STATUS_OK; // the caller isn't told
     if (const uint32_t status = MakeLogDirectory(path); status != SM_STATUS_OK)
@@ -263,6 +259,7 @@ uint32_t SSUCS2StrCatHexDump(SMSSUCS2Str *record, const uint8_t *data, uint32_t 
     SMSSUTF8Str dump;
     if (SMSSUTF8StrAlloc(&dump, kDumpRoom) == nullptr)
         return SM_STATUS_NO_MEMORY;
+    // Its failure, -1, is SM_STATUS_FAILED.
     auto status = static_cast<uint32_t>(SMXLTDumpToSizedString(&dump, data, size, firstAddress));
     if (status == SM_STATUS_OK && SSUCS2StrCatSSUTF8Str(record, &dump) == nullptr)
         status = SM_STATUS_FAILED;

@@ -5,21 +5,12 @@
 #include <qzvest/status.h>
 #include <qzvest/types.h>
 
+#include "log/logfile.h"
+
 namespace qzvest {
 
-// An event on its way to the text log.
-struct TextLogEvent {
-    uint16_t type;
-    uint16_t category;
-    uint32_t eventId;
-    const char *source;
-    const char *description;
-    const void *data;
-    uint32_t dataSize;
-};
-
 // Appends a record, behind a backup when the log would reach its limit by it.
-uint32_t AppendToTextLog(const char *path, const TextLogEvent &event, uint32_t limit);
+uint32_t AppendToTextLog(const char *path, const LogEvent &event, uint32_t limit);
 
 // Appends a dump of the data. SM_STATUS_NO_MEMORY, SM_STATUS_FAILED when the record has no buffer or the dump fails; an
 // append for which memory runs out is not told and leaves the record as it was.

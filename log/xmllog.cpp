@@ -4,7 +4,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <cerrno>
 #include <cstring>
 #include <ctime>
 #include <memory>
@@ -13,10 +12,10 @@
 #include "frame/heap.h"
 #include "ipc/filelock.h"
 #include "log/limits.h"
-#include "log/logfile.h"
 #include "os/address.h"
 #include "os/descriptor.h"
 #include "os/file.h"
+#include "os/system.h"
 #include "text/xml.h"
 
 namespace qzvest {
@@ -34,7 +33,6 @@ constexpr size_t kMostInfo = 511; // bytes of user or source
 constexpr size_t kMostDescription = 8191;
 constexpr uint32_t kHostRoom = 256;
 constexpr uint32_t kEntryRoom = 2048; // bytes to begin with
-constexpr int16_t kWait = 1;
 
 struct BufferRelease {
     void operator()(SMXGBuf *buffer) const
@@ -45,18 +43,6 @@ struct BufferRelease {
 
 using BufferPtr = std::unique_ptr<SMXGBuf, BufferRelease>;
 
-struct Event {
-    uint16_t type;
-    uint16_t category;
-    uint32_t eventId;
-    const char *userInfo;
-    const char *source;
-    const char *description;
-    const char *link;
-    const void *data;
-    uint32_t dataSize;
-};
-
 // A text that may be missing, but not empty.
 bool IsGoodText(const char *text, size_t most)
 {
@@ -66,7 +52,7 @@ bool IsGoodText(const char *text, size_t most)
     return length >= 1 && length <= most;
 }
 
-bool IsGood(const Event &event)
+bool IsGood(const LogEvent &event)
 {
     return (event.dataSize == 0 || event.data != nullptr) && event.dataSize <= kMostLogData &&
            IsGoodText(event.userInfo, kMostInfo) && IsGoodText(event.source, kMostInfo) &&
@@ -88,9 +74,9 @@ Child TextChild(const char *name, const char *text, const SMXGValueOptions *opti
 }
 
 // Only the link is escaped: the other texts go in as they are. This is by design.
-uint32_t RenderEntry(SMXGBuf *buffer, const Event &event, const char *host)
+uint32_t RenderEntry(SMXGBuf *buffer, const LogEvent &event, const char *host)
 {
-    const char *category = LogCategoryName(event.category);
+    const char *category = LogSourceName(event.category);
     const time_t now = time(nullptr);
     const int64_t seconds = now;
     constexpr SMXGValueOptions kEscaped = {SMXLT_FORMAT_DEFAULT, 1};
@@ -112,7 +98,7 @@ uint32_t RenderEntry(SMXGBuf *buffer, const Event &event, const char *host)
     for (const Child &child : children) {
         if (status != SM_STATUS_OK)
             return status;
-        if (child.value == category && category == nullptr)
+        if (category == nullptr && child.value == category)
             return SM_STATUS_FAILED;
         status = SMXGBufCatNode(buffer, child.name, nullptr, child.value, child.size, child.type, child.options);
     }
@@ -171,7 +157,7 @@ int OpenOrCreate(const char *path, mode_t mode)
 // last writes leaves a document without its end, which nothing repairs.
 uint32_t WriteUnderLock(const char *path, const SMXGBuf &entry, mode_t mode)
 {
-    const FileLockGuard lock(path, kFileLockWriter, kWait);
+    const FileLockGuard lock(path, kFileLockWriter, kWaitForLock);
     if (lock.Status() != SM_STATUS_OK)
         return lock.Status();
     Descriptor file(OpenOrCreate(path, mode));
@@ -184,7 +170,7 @@ uint32_t WriteUnderLock(const char *path, const SMXGBuf &entry, mode_t mode)
     return file.Close() && written ? SM_STATUS_OK : SM_STATUS_LIMIT_REACHED;
 }
 
-uint32_t AppendEvent(const char *path, const Event &event, uint32_t limit)
+uint32_t AppendEvent(const char *path, const LogEvent &event, uint32_t limit)
 {
     if (const uint32_t status = MakeLogDirectory(path); status != SM_STATUS_OK)
         return status;
@@ -204,8 +190,8 @@ uint32_t AppendEvent(const char *path, const Event &event, uint32_t limit)
     uint32_t size;
     if (SMGetSizeOfFile(path, &size) == SM_STATUS_OK && uint64_t{size} + entry->length >= limit &&
         BackUpLog(path) == SM_STATUS_OK) {
-        const Event notice = {kNoticeType, kNoticeCategory, 1, event.userInfo, event.source, kBackupNotice,
-                              nullptr,     nullptr,         0};
+        const LogEvent notice = {kNoticeType,   kNoticeCategory, 1, event.source,
+                                 kBackupNotice, nullptr,         0, event.userInfo};
         (void)AppendEvent(path, notice, DefaultLogLimit());
     }
     return WriteUnderLock(path, *entry, mode);
@@ -213,22 +199,25 @@ uint32_t AppendEvent(const char *path, const Event &event, uint32_t limit)
 
 } // namespace
 
+uint32_t AppendToXMLLog(const char *path, const LogEvent &event, uint32_t limit)
+{
+    return path != nullptr && IsGood(event) ? AppendEvent(path, event, limit) : SM_STATUS_BAD_ARGUMENT;
+}
+
 uint32_t SMAppendToXMLLog(const char *pathFileName, uint16_t type, uint16_t category, uint32_t eventId,
                           const char *userInfo, const char *source, const char *description, const char *link,
                           const void *data, uint32_t dataSize, uint32_t maxSize)
 {
-    const Event event = {type, category, eventId, userInfo, source, description, link, data, dataSize};
-    if (pathFileName == nullptr || !IsGood(event))
-        return SM_STATUS_BAD_ARGUMENT;
-    return AppendEvent(pathFileName, event, maxSize);
+    const LogEvent event = {type, category, eventId, source, description, data, dataSize, userInfo, link};
+    return AppendToXMLLog(pathFileName, event, maxSize);
 }
 
 uint32_t SMClearXMLLog(const char *pathFileName, uint16_t category, const char *userInfo, const char *source)
 {
     if (const uint32_t status = DeleteLog(pathFileName); status != SM_STATUS_OK)
         return status;
-    return SMAppendToXMLLog(pathFileName, kNoticeType, category, 0, userInfo, source, kClearNotice, kHelpLink, nullptr,
-                            0, DefaultLogLimit());
+    const LogEvent notice = {kNoticeType, category, 0, source, kClearNotice, nullptr, 0, userInfo, kHelpLink};
+    return AppendToXMLLog(pathFileName, notice, DefaultLogLimit());
 }
 
 // Creates nothing: the file comes into being with the first event.

@@ -6,6 +6,7 @@
 
 #include <cerrno>
 #include <cstring>
+#include <iterator>
 #include <memory>
 
 #include "frame/heap.h"
@@ -14,8 +15,6 @@
 
 namespace qzvest {
 namespace {
-
-constexpr uint32_t kHostNameRoom = 64;
 
 struct AddressInfoRelease {
     void operator()(addrinfo *info) const

@@ -7,6 +7,8 @@
 
 namespace qzvest {
 
+constexpr uint32_t kHostNameRoom = 64; // bytes of this machine's name with its terminator
+
 uint32_t SMGetIPHostName(char *buffer, uint32_t *size);
 uint32_t SMUCS2GetIPHostName(uint16_t *buffer, uint32_t *size);
 uint32_t SMGetDNSSuffixNameName(char *buffer, uint32_t *size);

@@ -10,6 +10,7 @@
 #include <cstdio>
 #include <cstring>
 #include <memory>
+#include <utility>
 
 #include "frame/heap.h"
 #include "os/address.h"
@@ -20,7 +21,6 @@
 namespace qzvest {
 namespace {
 
-constexpr uint32_t kHostNameRoom = 64;
 constexpr size_t kFirstListRoom = 1200;
 constexpr size_t kListRoomStep = 800;
 static_assert(sizeof(ifreq) == 40);

@@ -2,10 +2,15 @@
 #ifndef OS_CLOCK_H
 #define OS_CLOCK_H
 
+#include <unistd.h>
+
 #include <cstdint>
 #include <ctime>
 
 namespace qzvest {
+
+// What a wait for a lock that others hold sleeps between two tries.
+constexpr useconds_t kLockPollMicroseconds = 1000;
 
 inline timespec MonotonicNow()
 {

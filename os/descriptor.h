@@ -5,11 +5,13 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <cerrno>
+
 namespace qzvest {
 
 class Descriptor {
 public:
-    explicit Descriptor(int descriptor) : descriptor_(descriptor) {}
+    explicit Descriptor(int descriptor = -1) : descriptor_(descriptor) {}
     ~Descriptor()
     {
         (void)Close();
@@ -38,8 +40,10 @@ private:
     int descriptor_;
 };
 
-// What a wait for a lock that others hold sleeps between two tries.
-constexpr useconds_t kLockPollMicroseconds = 1000;
+inline Descriptor OpenToRead(const char *path)
+{
+    return Descriptor(open(path, O_RDONLY | O_CLOEXEC));
+}
 
 // type as in flock, command F_SETLK or F_SETLKW of fcntl.
 inline bool SetWholeFileLock(int descriptor, short type, int command)
@@ -48,6 +52,12 @@ inline bool SetWholeFileLock(int descriptor, short type, int command)
     range.l_type = type;
     range.l_whence = SEEK_SET; // from 0, of length 0
     return fcntl(descriptor, command, &range) == 0;
+}
+
+inline void UnlockWholeFile(int descriptor)
+{
+    while (!SetWholeFileLock(descriptor, F_UNLCK, F_SETLKW) && errno == EINTR) {
+    }
 }
 
 } // namespace qzvest

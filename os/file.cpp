@@ -6,7 +6,6 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <ctime>
 
 #include "compat/print.h"
@@ -37,6 +36,12 @@ constexpr mode_t kStickyModeBits = 01666;
 bool Exists(const char *path)
 {
     return access(path, F_OK) == 0;
+}
+
+// Where SMSafeFileReplace keeps the old version; empty when memory runs out.
+HeapPtr<char> BackupPathOf(const char *path)
+{
+    return UTF8Join({path, ".bak"});
 }
 
 // What a destination that cannot be opened or written means.
@@ -77,7 +82,7 @@ struct CopyManner {
 
 uint32_t CopyFile(const char *sourcePath, const char *destinationPath, const CopyManner &manner)
 {
-    const Descriptor source(open(sourcePath, O_RDONLY | O_CLOEXEC));
+    const Descriptor source = OpenToRead(sourcePath);
     if (!source)
         return SM_STATUS_FILE_NOT_FOUND;
     struct stat status;
@@ -155,7 +160,7 @@ uint32_t SMGetTmpFile(const char *directory, char *buffer, uint32_t *size)
         for (uint32_t i = 0; i < kNameLength; ++i)
             buffer[i] = kNameAlphabet[std::rand() % kNameLetters]; // guessable: whoever creates the file minds that
         buffer[kNameLength] = '\0';
-        sprintf_s(path.get(), kPathRoom, "%s/%s", directory, buffer);
+        (void)sprintf_s(path.get(), kPathRoom, "%s/%s", directory, buffer); // too long: not looked into
         if (!Exists(path.get())) {
             *size = kNameLength + 1;
             return SM_STATUS_OK;
@@ -168,7 +173,7 @@ uint32_t SMGetTmpFile(const char *directory, char *buffer, uint32_t *size)
 uint32_t SMGetSizeOfFile(const char *path, uint32_t *size)
 {
     *size = 0;
-    const Descriptor file(open(path, O_RDONLY | O_CLOEXEC));
+    const Descriptor file = OpenToRead(path);
     struct stat status;
     if (!file || fstat(file.Get(), &status) != 0)
         return SM_STATUS_FAILED;
@@ -260,11 +265,6 @@ bool WriteFully(int descriptor, const void *bytes, size_t size)
     return true;
 }
 
-HeapPtr<char> BackupPathOf(const char *path)
-{
-    return HeapPtr<char>(UTF8Joined(path, ".", "bak"));
-}
-
 HeapPtr<char> TmpPathIn(const char *directory, uint32_t &status)
 {
     char name[kNameLength + 1];
@@ -272,28 +272,41 @@ HeapPtr<char> TmpPathIn(const char *directory, uint32_t &status)
     status = SMGetTmpFile(directory, name, &size);
     if (status != SM_STATUS_OK)
         return nullptr;
-    HeapPtr<char> path(UTF8Joined(directory, "/", name));
+    HeapPtr<char> path = UTF8Join({directory, "/", name});
     if (!path)
         status = SM_STATUS_NO_MEMORY;
     return path;
 }
 
-uint32_t CreateTmpFile(const char *directory, HeapPtr<char> &path, mode_t mode, int &descriptor)
+Descriptor CreateTmpFile(const char *directory, HeapPtr<char> &path, mode_t mode, uint32_t &status)
 {
     constexpr int kNewFile = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
+    status = SM_STATUS_OK;
     for (int tries = 0; tries < kNameTries; ++tries) {
-        descriptor = open(path.get(), kNewFile, mode);
+        const int descriptor = open(path.get(), kNewFile, mode);
         if (descriptor != -1)
-            return SM_STATUS_OK;
-        if (errno != EEXIST)
-            return SM_STATUS_FILE_NOT_FOUND;
+            return Descriptor(descriptor);
+        if (errno != EEXIST) {
+            status = SM_STATUS_FILE_NOT_FOUND;
+            return Descriptor();
+        }
         // Processes that began in the same second draw the same names.
-        uint32_t status;
         path = TmpPathIn(directory, status);
         if (!path)
-            return status;
+            return Descriptor();
     }
-    return SM_STATUS_FAILED;
+    status = SM_STATUS_FAILED;
+    return Descriptor();
+}
+
+bool RollBack(const char *path)
+{
+    const HeapPtr<char> backup = BackupPathOf(path);
+    if (!backup)
+        return false;
+    if (Exists(backup.get()))
+        (void)std::rename(backup.get(), path); // two readers may both see it; the second finds it gone
+    return true;
 }
 
 uint32_t SMSafeFileReplace(const char *path, const char *newPath)
@@ -305,7 +318,7 @@ uint32_t SMSafeFileReplace(const char *path, const char *newPath)
     if (std::rename(path, backup.get()) != 0)
         return SM_STATUS_FAILED;
     if (std::rename(newPath, path) != 0)
-        return SM_STATUS_ALREADY_EXISTS; // the next reader puts the backup back
+        return SM_STATUS_ALREADY_EXISTS; // the next INI call puts the backup back
     (void)chmod(path, mode);
     return unlink(backup.get()) == 0 ? SM_STATUS_OK : SM_STATUS_ACCESS_DENIED;
 }

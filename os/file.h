@@ -8,6 +8,7 @@
 #include <qzvest/types.h>
 
 #include "frame/heap.h"
+#include "os/descriptor.h"
 
 namespace qzvest {
 
@@ -35,18 +36,19 @@ mode_t SMFileModeGet(const char *path, mode_t defaultMode, uint32_t flags);
 // Writes all of it, however many calls that takes. False when a write fails.
 bool WriteFully(int descriptor, const void *bytes, size_t size);
 
-// Where SMSafeFileReplace keeps the old version; empty when memory runs out.
-HeapPtr<char> BackupPathOf(const char *path);
-
 // A path of a file that is not there, with a name of SMGetTmpFile; empty, with that call's status, if none can be had.
 HeapPtr<char> TmpPathIn(const char *directory, uint32_t &status);
 
 // Creates the file of such a path, under another name if somebody was quicker. Neither an existing file nor a planted
-// link is taken for it. SM_STATUS_FILE_NOT_FOUND if it cannot be made, or a status of SMGetTmpFile.
-uint32_t CreateTmpFile(const char *directory, HeapPtr<char> &path, mode_t mode, int &descriptor);
+// link is taken for it. Without a file the status is SM_STATUS_FILE_NOT_FOUND if it cannot be made, or one of
+// SMGetTmpFile.
+Descriptor CreateTmpFile(const char *directory, HeapPtr<char> &path, mode_t mode, uint32_t &status);
 
 // Swaps a finished new version into place, by way of path with ".bak" behind it, which a crash may leave.
 uint32_t SMSafeFileReplace(const char *path, const char *newPath);
+
+// Renames a backup that an unfinished swap has left onto its file. False when memory runs out.
+bool RollBack(const char *path);
 
 } // namespace qzvest
 

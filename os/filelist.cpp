@@ -2,10 +2,11 @@
 
 #include <cstdlib>
 #include <cstring>
+#include <memory>
 
-#include "compat/print.h"
 #include "frame/heap.h"
 #include "os/file.h"
+#include "text/utf8.h"
 
 namespace qzvest {
 namespace {
@@ -33,14 +34,9 @@ bool IsWanted(const dirent *entry, uint32_t flags)
     return entry->d_type == DT_REG || (entry->d_type == DT_LNK && (flags & SM_FILE_LIST_LINKS) != 0);
 }
 
-char *EntryDup(const char *directory, const char *name, uint32_t flags)
+HeapPtr<char> EntryDup(const char *directory, const char *name, uint32_t flags)
 {
-    const bool bare = (flags & SM_FILE_LIST_NAMES) != 0;
-    const size_t room = (bare ? 0 : std::strlen(directory) + 1) + std::strlen(name) + 1;
-    char *text = static_cast<char *>(std::malloc(room));
-    if (text != nullptr)
-        sprintf_s(text, room, "%s%s%s", bare ? "" : directory, bare ? "" : "/", name);
-    return text;
+    return (flags & SM_FILE_LIST_NAMES) != 0 ? UTF8Copy(name) : UTF8Join({directory, "/", name});
 }
 
 bool Grow(ListPtr &list, uint32_t flags)
@@ -48,6 +44,7 @@ bool Grow(ListPtr &list, uint32_t flags)
     const uint32_t step = (flags & SM_FILE_LIST_SPARING) != 0 ? 1 : kManyEntries;
     const uint32_t count = list ? list->count : 0;
     const uint32_t capacity = count + step;
+    // Two words more than the entries: one is the head, and one has always been to spare.
     void *block = std::realloc(list.get(), (static_cast<size_t>(capacity) + 2) * sizeof(char *));
     if (block == nullptr)
         return false;
@@ -60,7 +57,7 @@ bool Grow(ListPtr &list, uint32_t flags)
 
 bool Append(ListPtr &list, const char *directory, const char *name, uint32_t flags)
 {
-    HeapPtr<char> text(EntryDup(directory, name, flags));
+    HeapPtr<char> text = EntryDup(directory, name, flags);
     if (!text || ((!list || list->count == list->capacity) && !Grow(list, flags)))
         return false;
     list->entries[list->count++] = text.release();

@@ -1,11 +1,11 @@
 #include "os/ipv4.h"
 
-#include <qzvest/status.h>
-
 #include <arpa/inet.h>
 #include <strings.h>
 
 #include <cstring>
+
+#include <qzvest/status.h>
 
 #include "frame/heap.h"
 

@@ -5,24 +5,23 @@
 #include <cstring>
 
 #include "frame/heap.h"
+#include "ipc/namerecord.h"
 
 struct SMLibHandle {
-    uint32_t kind; // 0 for a library
-    char *path;    // behind this record
+    uint32_t kind; // kKindLibrary
+    char *path;    // behind this record; kept for its form
     void *handle;  // the loader's
 };
 
 namespace qzvest {
 namespace {
 
-constexpr uint32_t kKindOfLibrary = 0;
-
 // SM_STATUS_OK for a handle that can be worked with.
 uint32_t StatusOf(const SMLibHandle *handle)
 {
     if (handle == nullptr)
         return SM_STATUS_INVALID_PARAMETER;
-    return handle->kind == kKindOfLibrary && handle->handle != nullptr ? SM_STATUS_OK : SM_STATUS_BAD_FORMAT;
+    return handle->kind == kKindLibrary && handle->handle != nullptr ? SM_STATUS_OK : SM_STATUS_BAD_FORMAT;
 }
 
 } // namespace
@@ -36,7 +35,7 @@ SMLibHandle *SMLibLoad(const char *path)
     if (!block)
         return nullptr;
     auto *library = reinterpret_cast<SMLibHandle *>(block.get());
-    library->kind = kKindOfLibrary;
+    library->kind = kKindLibrary;
     library->path = block.get() + sizeof(SMLibHandle);
     std::memcpy(library->path, path, size);
     library->handle = dlopen(path, RTLD_NOW);

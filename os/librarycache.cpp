@@ -22,12 +22,12 @@ struct FLibEntry {
     SMRedBlackTree clients; // of name copies
     SMRedBlackTree symbols; // of Symbol, by name
     int32_t clientCount;
-    int32_t symbolCount;
+    int32_t symbolCount; // kept for the record's form
 };
 
 SMMutex *cacheMutex;
 SMRedBlackTree cache; // of FLibEntry, by path
-int32_t libraryCount;
+int32_t libraryCount; // as symbolCount
 uint32_t attachCount;
 
 // Each kind of element by its name.

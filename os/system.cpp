@@ -5,9 +5,9 @@
 #include <syslog.h>
 #include <unistd.h>
 
-#include <cstdlib>
 #include <cstring>
 #include <ctime>
+#include <iterator>
 
 #include <qzvest/status.h>
 #include <qzvest/types.h>
@@ -21,12 +21,9 @@
 namespace qzvest {
 namespace {
 
-enum OSType : uint32_t { kOrdinary = 3, kVMkernel = 4 };
-
 constexpr size_t kLineRoom = 2048;
 constexpr size_t kNumberRoom = 32;
 
-// Sources count from 1.
 constexpr const char *kSources[] = {
     "Record Broker", "Gaugework Service", "Volume Service", "Bridge Link Service", "Host Agent Frame", "Package Ledger",
 };
@@ -56,6 +53,11 @@ void ComposeLine(char *line, const char *source, const char *eventId, const char
 }
 
 } // namespace
+
+const char *LogSourceName(uint32_t source)
+{
+    return source != 0 && source <= std::size(kSources) ? kSources[source - 1] : nullptr;
+}
 
 int64_t SMRefTicksGet()
 {
@@ -134,14 +136,15 @@ uint32_t SMAppendToOSSysLog(uint32_t severity, uint32_t source, uint32_t eventId
                             const char *message)
 {
     const auto line = HeapRoom<char>(kLineRoom);
-    if (!line || source == 0 || source > sizeof kSources / sizeof *kSources)
+    const char *sourceName = LogSourceName(source);
+    if (!line || sourceName == nullptr)
         return SM_STATUS_FAILED;
     char number[kNumberRoom];
     uint32_t size = sizeof number;
     const uint32_t status = SMXLTTypeValueToUTF8(&eventId, sizeof eventId, number, &size, SMXLT_TYPE_UINT32);
     if (status != SM_STATUS_OK)
         return status;
-    ComposeLine(line.get(), kSources[source - 1], number, message);
+    ComposeLine(line.get(), sourceName, number, message);
     openlog(identity, LOG_NDELAY, LOG_DAEMON);
     syslog(PriorityOf(severity), "%s", line.get());
     closelog();

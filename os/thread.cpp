@@ -11,7 +11,7 @@ struct SMThreadHandle {
     SMThreadRoutine routine;
     void *argument;
     pthread_t thread;
-    uint32_t *state; // 0; nothing looks at it yet
+    uint32_t *state; // 0; kept for the record's form
 };
 
 namespace qzvest {

@@ -44,11 +44,6 @@ inline HeapPtr<char> UTF8Copy(std::string_view text)
     return UTF8Join({text});
 }
 
-inline char *UTF8Joined(const char *first, const char *second, const char *third)
-{
-    return UTF8Join({first, second, third}).release();
-}
-
 // SMUTF8Strdup that tells the bytes of the copy, terminator included; 0 when there is none. sizeOut may be NULL.
 char *UTF8StrdupSized(const char *string, uint32_t *sizeOut);
 

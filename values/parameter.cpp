@@ -68,18 +68,26 @@ HeapPtr<char> SplitWords(const char *text)
 uint32_t ReadMask(const char *text, const SMNVPEnumEntry *table, int32_t tableCount)
 {
     const HeapPtr<char> words = SplitWords(text);
-    if (!words)
-        return SM_ENUM_UNREADABLE;
+    return words ? EnumMaskOf(words.get(), table, tableCount) : SM_ENUM_UNREADABLE;
+}
+
+} // namespace
+
+uint32_t EnumValueOf(const char *word, const SMNVPEnumEntry *table, int32_t tableCount)
+{
+    const SMNVPEnumEntry *row = FindRow(table, tableCount, word);
+    return row != nullptr ? row->value : table[0].value;
+}
+
+uint32_t EnumMaskOf(const char *words, const SMNVPEnumEntry *table, int32_t tableCount)
+{
     uint32_t mask = 0;
-    for (const char *word = words.get(); *word != '\0'; word += std::strlen(word) + 1) {
-        const SMNVPEnumEntry *row = FindRow(table, tableCount, word);
-        if (row != nullptr)
+    for (const char *word = words; *word != '\0'; word += std::strlen(word) + 1) {
+        if (const SMNVPEnumEntry *row = FindRow(table, tableCount, word); row != nullptr)
             mask |= row->value;
     }
     return mask;
 }
-
-} // namespace
 
 uint32_t SMIsValidParam(const char *text)
 {
@@ -139,8 +147,7 @@ uint32_t SMNVPGetEnums32Value(int32_t argc, char *const *argv, const char *name,
         return table[1].value;
     if (maskMode == 1)
         return ReadMask(text, table, tableCount);
-    const SMNVPEnumEntry *row = FindRow(table, tableCount, text);
-    return row != nullptr ? row->value : table[0].value;
+    return EnumValueOf(text, table, tableCount);
 }
 
 } // namespace qzvest

@@ -18,6 +18,12 @@ uint32_t SMNVPUTF8ToTypeValue(int32_t argc, char *const *argv, const char *name,
 uint32_t SMNVPGetEnums32Value(int32_t argc, char *const *argv, const char *name, int16_t ignoreCase,
                               const SMNVPEnumEntry *table, int32_t tableCount, uint16_t maskMode);
 
+// The value of the first row behind row 0 that has this word, in any case; of row 0 if none has.
+uint32_t EnumValueOf(const char *word, const SMNVPEnumEntry *table, int32_t tableCount);
+
+// The same of each word of a multi-string, or'ed; a word that no row has adds nothing.
+uint32_t EnumMaskOf(const char *words, const SMNVPEnumEntry *table, int32_t tableCount);
+
 } // namespace qzvest
 
 #endif
