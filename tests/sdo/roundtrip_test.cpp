@@ -68,8 +68,7 @@ Bytes FlatForm(const Model &model)
         Bytes value = FlatValue(entry);
         const size_t offset = 8 * model.entries.size() - descriptors.size() + data.size();
         const bool isShort = value.size() <= 4;
-        const size_t storage = isShort ? value.size() - 1 : 4;
-        Append(descriptors, Words(id, entry.type | storage << 8));
+        Append(descriptors, Words(id, entry.type | (isShort ? value.size() - 1 : 4) << 8));
         Append(isShort ? value : data, isShort ? Bytes(4 - value.size()) : value);
         Append(descriptors, isShort ? value : Words(value.size(), offset));
     }
