@@ -35,12 +35,6 @@ const auto kNote = [](void *context, auto... arguments) -> uint32_t {
     return word == log->answered ? 99 : SM_STATUS_OK;
 };
 
-uint32_t Walk(Log &log, int16_t recurse, SMSDOEntryEndCallback entryEnd = kNote,
-              SMSDOObjectEndCallback objectEnd = kNote)
-{
-    return SMSDOBinaryWalk(log.block->data(), &log, kNote, kNote, entryEnd, objectEnd, recurse);
-}
-
 // A value, a nested object, and a nested array whose first element is empty.
 const Bytes kObject = Block("'BODS 0300 5500  0100 A5 01 AABB0000  0200 4C 04 1500 1000  0300 1C 04 2000 1D00"
                             "  'BODS 0100 1500 0500 01 04 0500 0800 1111111111"
@@ -51,7 +45,7 @@ TEST(SDOWalk, CallsBackInDocumentOrder)
 {
     const auto check = [](const Bytes &block, int16_t recurse, uint32_t status, const char *text) {
         Log log{&block};
-        EXPECT_EQ(Walk(log, recurse), status) << text;
+        EXPECT_EQ(SMSDOBinaryWalk(block.data(), &log, kNote, kNote, kNote, kNote, recurse), status) << text;
         EXPECT_EQ(log.text, text);
     };
     check(kObject, 1, SM_STATUS_OK,
@@ -75,7 +69,7 @@ TEST(SDOWalk, AnswersThatEndItAndAnswersThatDoNot)
     const auto check = [](const std::string &answered, uint32_t status, const std::string &last,
                           SMSDOEntryEndCallback entryEnd, SMSDOObjectEndCallback objectEnd) {
         Log log{&kObject, answered};
-        EXPECT_EQ(Walk(log, 1, entryEnd, objectEnd), status) << answered;
+        EXPECT_EQ(SMSDOBinaryWalk(kObject.data(), &log, kNote, kNote, entryEnd, objectEnd, 1), status) << answered;
         EXPECT_TRUE(log.text.ends_with(last + ' ')) << answered << ": " << log.text;
     };
     for (const char *word :
