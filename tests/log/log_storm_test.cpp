@@ -17,13 +17,14 @@ constexpr uint32_t kLargest = 20000; // bytes of an event in either log
 
 using Numbers = std::map<uint32_t, std::vector<uint32_t>>; // of the events of each process, in the order of a file
 
+// One log after the other, so that the writers meet in both.
 uint32_t Write(uint32_t process)
 {
     uint32_t status = SM_STATUS_OK;
-    for (uint32_t i = 0; i < kEvents && status == SM_STATUS_OK; ++i)
-        status = SMAppendToLog(SM_LOG_TEXT | SM_LOG_XML, SM_LOG_TYPE_WARNING, SM_LOG_VOLUME_SERVICE,
-                               (process + 1) * 1000 + i, "storm", "event", kData.data(),
-                               static_cast<uint32_t>(kData.size()));
+    for (const uint8_t target : {SM_LOG_TEXT, SM_LOG_XML})
+        for (uint32_t i = 0; i < kEvents && status == SM_STATUS_OK; ++i)
+            status = SMAppendToLog(target, SM_LOG_TYPE_WARNING, SM_LOG_VOLUME_SERVICE, (process + 1) * 1000 + i,
+                                   "storm", "event", kData.data(), static_cast<uint32_t>(kData.size()));
     return status;
 }
 
