@@ -329,7 +329,7 @@ TEST_F(Crash, FaultsAreTold)
 
 const std::string kRegistry = "/var/run/qz/.ipc/.lxvestIPCini";
 const std::string kLogs = "/run/store/log/";
-const std::string kXML = "x.xml", kOlder = "rotated.1", kTag = "</EventLog>";
+const std::string kText = "qzsys64.log", kXML = "x.xml", kOlder = "rotated.1", kTag = "</EventLog>";
 int sweptError; // 0: kills
 
 // Old names have a unit each, new ones none: nobody gets another one's set. A new name whose calls failed may have no
@@ -372,7 +372,7 @@ const struct Writer {
 } kWriters[] = {
     {"new name", [] { return SMSemaphoreCreate("new", 0) != nullptr ? 0u : 1u; }, UseNames, "", ""},
     {"text log", AppendText, AppendText, "", ""},
-    {"text log cleared", [] { return SMClearLog(SM_LOG_TEXT, 3, "who"); }, AppendText, "qzsys64.log", ""},
+    {"text log cleared", [] { return SMClearLog(SM_LOG_TEXT, 3, "who"); }, AppendText, kText, ""},
     {"XML log", AppendXML, AppendXML, "", kXML}, // that does not open, and begins anew
     {"XML log backed up", AppendXML<1>, AppendXML, "", kXML},
     {"rotated log", Rotate, Rotate, "", kOlder}, // that was not renamed, and is replaced
@@ -434,10 +434,14 @@ protected:
             SCOPED_TRACE(std::string(writer.name) + ", " + strerror(sweptError) + " at call " + std::to_string(nth) +
                          ", number " + std::to_string(outcome.call));
             CheckKept(writer, sweptError != 0 && outcome.call == SYS_openat);
-            const std::string xml = Logs()[kXML];
+            Files left = Logs();
+            const std::string xml = left[kXML], text = left[kText];
+            EXPECT_TRUE(sweptError != 0 || text.empty() || text.ends_with(std::string("\n\0", 2)));
             EXPECT_TRUE(InOtherProcess([&writer] { return writer.next() == SM_STATUS_OK ? 0 : 1; }) == 0 ||
                         (!xml.empty() && !xml.ends_with(kTag)));
             CheckKept(writer, sweptError != 0 && outcome.call == SYS_openat);
+            EXPECT_TRUE(Logs()[kText].starts_with(text));
+            EXPECT_TRUE(xml.empty() || xml.ends_with(kTag) || Logs()[kXML] == xml); // damaged: it stays
             EXPECT_TRUE(outcome.reached || outcome.exitCode == 0);
             if (!outcome.reached || HasFailure())
                 return nth - 1;

@@ -1,103 +1,39 @@
-// The text log byte for byte, and the front end's way to it.
+// The text log byte for byte, the front end's way to both logs, and how large they may grow.
 
 #include "log/textlog.h"
 
-#include <sched.h>
-#include <sys/mount.h>
-#include <sys/stat.h>
-#include <unistd.h>
+#include <sys/syscall.h>
+#include <sys/utsname.h>
 
-#include <ctime>
-#include <filesystem>
-#include <string>
+#include <cstring>
+#include <map>
 
-#include <qzvest/eventlog.h>
-
-#include "config/places.h"
 #include "log/logfile.h"
+#include "log/logs.h"
+#include "log/xmllog.h"
 #include "os/ipv4.h"
 #include "support/systemlog.h"
-#include "support/trace.h"
-#include "text/sizedstring.h"
-#include "values/bytetext.h"
 
 namespace {
 
-namespace fs = std::filesystem;
-
-constexpr const char *kBase = "/run/base";
-const std::string kLog = "/run/base/log/qzsys64.log";
-const std::string kBackup = "/run/base/log/qzsys64.lo_";
-const std::string kXML = "/run/base/log/qzsys64.xml";
-const std::string kMissing = "(missing)";
-constexpr uint32_t kDefaultLimit = 1048576;
-
-std::string Wide(const std::string &latin1)
-{
-    std::string units;
-    for (const char byte : latin1)
-        units += {byte, '\0'};
-    return units;
-}
-
-const std::string kHeader =
-    "\xFF\xFE" + Wide("#-------------------------------\r\n# Do not remove this block\r\n"
-                      "# This data file is parsed\r\n#------------------------------- \r\n\r\n");
-
-std::string Dump(const std::string &data)
-{
-    SMSSUTF8Str dump;
-    qzvest::SMSSUTF8StrAlloc(&dump, 1);
-    qzvest::SMXLTDumpToSizedString(&dump, reinterpret_cast<const uint8_t *>(data.data()),
-                                   static_cast<uint32_t>(data.size()), 0);
-    const std::string text(dump.text, dump.length);
-    qzvest::SMSSUTF8StrFree(&dump);
-    return text;
-}
-
-// All texts in Latin-1.
-std::string Record(const std::string &eventId, const std::string &source, const std::string &category,
-                   const std::string &type, const std::string &description, const std::string &dump = "")
-{
-    return Wide("EventID: " + eventId + "\r\nSource: " + source + "\r\nCategory: " + category + "\r\nType: " + type +
-                "\r\nDate and Time: Wed Nov 15 03:43:20 2023\r\nComputer: h\xF6st\r\nDescription:\r\n" + description +
-                "\r\nData: Bytes in Hex\r\n" + dump + "\r\n");
-}
+const char *systemName; // in place of the machine's
 
 const std::string kPlain = Record("5", "who", "Volume Service", "Error", "text");
 const std::string kNotice = Record("1", "who", "Record Broker", "Information", "Log backup created");
 
-uint32_t Append(uint16_t type, uint16_t category, uint32_t limit = kDefaultLimit, const std::string &data = "",
+uint32_t Append(uint16_t type = 1, uint16_t category = 3, uint32_t limit = kDefaultLimit, const std::string &data = "",
                 const char *source = "who", const char *description = "text")
 {
     return qzvest::AppendToTextLog(
         kLog.c_str(), {type, category, 5, source, description, data.data(), static_cast<uint32_t>(data.size())}, limit);
 }
 
-class TextLog : public testing::Test {
-protected:
-    void SetUp() override
-    {
-        unsetenv("gaugeworkinstallpath");
-        unsetenv("GAUGEWORKINSTALLPATH");
-        setenv("TZ", "XYZ-5:30", 1);
-        tzset();
-        ASSERT_EQ(unshare(CLONE_NEWUTS), 0);
-        ASSERT_EQ(sethostname("h\xC3\xB6st", 5), 0);
-        fs::create_directories("/var/run/qz/.ipc");
-        fs::create_directory(kBase);
-        WriteText(kRegistrationFile, std::string("Gaugework.logpath=") + kBase + "\n");
-        umask(077);
-        Reattach();
-    }
-};
+using TextLog = Logs;
 
 TEST_F(TextLog, HoldsTheRecordsOfAllKinds)
 {
     const std::pair<uint16_t, const char *> kTypes[] = {
         {0, "None"}, {1, "Error"}, {2, "Warning"}, {4, "Information"}, {8, "Audit Success"}, {16, "Audit Failure"}};
-    const char *const kCategories[] = {"Record Broker",       "Gaugework Service", "Volume Service",
-                                       "Bridge Link Service", "Host Agent Frame",  "Package Ledger"};
     std::string data, expected = kHeader;
     for (int i = 0; i < 32768; ++i)
         data += static_cast<char>(i * 7);
@@ -106,22 +42,18 @@ TEST_F(TextLog, HoldsTheRecordsOfAllKinds)
             const uint32_t id = 4294967295u / category * type;
             const uint32_t size = type + category; // rows that are short, full and more than one
             EXPECT_EQ(SMAppendToLog(SM_LOG_TEXT, type, category, id, "wh\xC3\xA9", "a\r\nb", data.data(), size), 0u);
-            expected += Record(std::to_string(id), "wh\xE9", kCategories[category - 1], name, "a\r\nb",
-                               Dump(data.substr(0, size)));
+            expected +=
+                Record(std::to_string(id), "wh\xE9", kCategories[category - 1], name, "a\r\nb", data.substr(0, size));
         }
     }
     EXPECT_EQ(SMAppendToLog(SM_LOG_TEXT, 0, 1, 4294967295u, "s", "d", data.data(), 32768), 0u);
-    EXPECT_EQ(SMAppendToLog(SM_LOG_TEXT, 0, 1, 0, "s", "d", "yz{|}~ \x1F!0123:;@", 16), 0u);
-    expected += Record("4294967295", "s", "Record Broker", "None", "d", Dump(data)) +
-                Record("0", "s", "Record Broker", "None", "d",
-                       "0x00000000: 79 7A 7B 7C:7D 7E 20 1F:21 30 31 32:33 3A 3B 40   yz.... .!0123:;@  \n");
-    EXPECT_TRUE(ReadText(kLog) == expected);
+    EXPECT_TRUE(ReadText(kLog) == expected + Record("4294967295", "s", "Record Broker", "None", "d", data));
     EXPECT_EQ(ModeOf(kLog), 0664u);
-    EXPECT_EQ(ModeOf(fs::path(kLog).parent_path()), 0700u); // as the mask has it
+    EXPECT_EQ(ModeOf(kFolder), 0700u); // as the mask has it
     for (const size_t size : {1, 255, 256}) {
         const std::string old(size, '#');
         WriteText(kLog, old);
-        EXPECT_EQ(Append(1, 3), SM_STATUS_OK);
+        EXPECT_EQ(Append(), SM_STATUS_OK);
         EXPECT_EQ(ReadText(kLog), old + (size < 256 ? kHeader : "") + kPlain) << size;
     }
 }
@@ -129,11 +61,7 @@ TEST_F(TextLog, HoldsTheRecordsOfAllKinds)
 TEST_F(TextLog, WhatIsNoEventIsRefused)
 {
     const std::string fits(1023, 'x'), over(1024, 'x');
-    const struct {
-        uint16_t type, category;
-        const char *source, *description;
-        uint32_t status;
-    } cases[] = {
+    const std::tuple<uint16_t, uint16_t, const char *, const char *, uint32_t> cases[] = {
         {3, 3, "who", "text", SM_STATUS_BAD_ARGUMENT},
         {1, 0, "who", "text", SM_STATUS_OK},
         {3, 7, "who", "text", SM_STATUS_OK},
@@ -142,8 +70,8 @@ TEST_F(TextLog, WhatIsNoEventIsRefused)
         {1, 7, over.c_str(), "", SM_STATUS_BUFFER_TOO_SMALL},
         {1, 3, "who", nullptr, SM_STATUS_INVALID_PARAMETER},
     };
-    for (const auto &c : cases) {
-        EXPECT_EQ(Append(c.type, c.category, kDefaultLimit, "", c.source, c.description), c.status);
+    for (const auto &[type, category, source, description, status] : cases) {
+        EXPECT_EQ(Append(type, category, kDefaultLimit, "", source, description), status);
         EXPECT_EQ(ReadText(kLog), kMissing);
     }
     EXPECT_EQ(Append(1, 3, kDefaultLimit, "", fits.c_str(), fits.c_str()), SM_STATUS_OK);
@@ -154,8 +82,7 @@ TEST_F(TextLog, ABackupComesWhereTheEstimateReachesTheLimit)
 {
     const std::string old(300, '#');
     for (const uint32_t dataSize : {0u, 15u, 16u, 32768u}) {
-        const std::string data(dataSize, 'd'),
-            record = Record("5", "who", "Volume Service", "Error", "text", Dump(data));
+        const std::string data(dataSize, 'd'), record = Record("5", "who", "Volume Service", "Error", "text", data);
         const uint32_t reached = 300 + (dataSize / 16 * 83 + 1107 + 3 + 4) * 2;
         for (const bool isFull : {false, true}) {
             fs::remove(kBackup);
@@ -188,28 +115,26 @@ TEST_F(TextLog, LogsAndBackupsHaveNames)
     EXPECT_EQ(qzvest::BackUpLog(std::string(256, 'a').c_str()), SM_STATUS_BUFFER_TOO_SMALL);
     EXPECT_EQ(qzvest::BackUpLog(("/run/" + std::string(250, 'a')).c_str()), SM_STATUS_FAILED);
 
-    const struct {
-        uint8_t targets;
-        uint32_t size, status, sizeAfter; // of the path
-        std::string path;
-        uint32_t backupStatus, backupSize;
-        std::string backup;
-    } cases[] = {{0, 256, 2, 256, "-", 2, 256, "-"},
-                 {SM_LOG_SYSTEM | SM_LOG_TEXT, 256, 1, 256, "-", 1, 256, "-"},
-                 {12, 256, 0, 26, kXML, 0, 26, "/run/base/log/qzsys64.xm_"},
-                 {SM_LOG_TEXT, 256, 0, 26, kLog, 0, 26, kBackup},
-                 {SM_LOG_TEXT, 26, 16, 256, "-", 0, 26, kBackup},
-                 {SM_LOG_TEXT, 25, 16, 256, "-", 0, 26, "-"}};
-    for (const auto &c : cases) {
-        char path[256] = "-", backup[256] = "-";
-        uint32_t size = c.size, backupSize = c.size;
-        EXPECT_EQ(SMGetLogPathFileName(c.targets, path, &size), c.status);
-        EXPECT_EQ(size, c.sizeAfter);
-        EXPECT_EQ(path, c.path);
-        EXPECT_EQ(SMGetBackupLogPathFileName(c.targets, backup, &backupSize), c.backupStatus);
-        EXPECT_EQ(backupSize, c.backupSize);
-        EXPECT_EQ(backup, c.backup);
+    const auto name = [](auto call, auto of, uint32_t size) {
+        char path[256] = "-";
+        const uint32_t status = call(of, path, &size);
+        return std::to_string(status) + " " + std::to_string(size) + " " + path;
+    };
+    const std::tuple<uint8_t, uint32_t, std::string, std::string> cases[] = {
+        {0, 256, "2 256 -", "2 256 -"},
+        {SM_LOG_SYSTEM | SM_LOG_TEXT, 256, "1 256 -", "1 256 -"},
+        {SM_LOG_TEXT | SM_LOG_XML, 256, "0 26 " + kXML, "0 26 " + kXMLBackup},
+        {SM_LOG_TEXT, 256, "0 26 " + kLog, "0 26 " + kBackup},
+        {SM_LOG_TEXT, 26, "16 256 -", "0 26 " + kBackup},
+        {SM_LOG_TEXT, 25, "16 256 -", "0 26 -"}};
+    for (const auto &[targets, size, path, backup] : cases) {
+        EXPECT_EQ(name(SMGetLogPathFileName, targets, size), path);
+        EXPECT_EQ(name(SMGetBackupLogPathFileName, targets, size), backup);
     }
+    const std::tuple<const char *, uint32_t, const char *> paths[] = {
+        {"ab", 3, "0 3 a_"}, {"a/b.xml", 99, "0 8 a/b.xm_"}, {"ab", 2, "16 3 -"}, {"a", 9, "271 9 -"}};
+    for (const auto &[path, size, backup] : paths)
+        EXPECT_EQ(name(qzvest::SMGetBackupXMLLogPathFileName, path, size), backup);
 }
 
 TEST_F(TextLog, EachTargetGetsTheEvent)
@@ -228,7 +153,7 @@ TEST_F(TextLog, EachTargetGetsTheEvent)
     }
     fs::remove(kLog);
     EXPECT_EQ(append(SM_LOG_TEXT, nullptr, nullptr, 0) + append(SM_LOG_TEXT, "", nullptr, 0), 0u); // nobody is told
-    EXPECT_EQ(append(SM_LOG_TEXT, "who", nullptr, 1) + append(SM_LOG_TEXT, "who", kBase, 32769), 0u);
+    EXPECT_EQ(append(SM_LOG_TEXT, "who", nullptr, 1) + append(SM_LOG_TEXT, "who", "", 32769), 0u);
     EXPECT_EQ(ReadText(kLog), kMissing);
     fs::remove_all(kBase);
     for (const int targets : {2, 6, 10, 14}) { // the path is asked for behind the system log
@@ -242,106 +167,92 @@ TEST_F(TextLog, ClearingBeginsAnew)
 {
     const std::string cleared = kHeader + Record("0", "who", "Volume Service", "Information", "Log was cleared");
     const std::string over(1024, 'x');
-    const struct {
-        uint8_t targets;
-        uint16_t category;
-        const char *source;
-        uint32_t status;
-        std::string log;
-        bool xmlStays;
-    } cases[] = {{0, 3, "who", 2, "old", true},
-                 {6, 3, "who", 1, "old", true},
-                 {4, 3, "who", 0, cleared, true},
-                 {12, 3, "who", 0, cleared, false},
-                 {12, 3, nullptr, 2, kMissing, true},
-                 {12, 3, "who", UINT32_MAX, kMissing, true}, // what is not there is not cleared
-                 {4, 7, "who", 0, kMissing, true},
-                 {4, 3, "", 2, kMissing, true},
-                 {12, 3, over.c_str(), 2, kMissing, false}};
-    for (const auto &c : cases) {
+    Event notice = {4, 3, 0, "Local System", "who", "Log was cleared"};
+    notice.linkInFile =
+        "help/ghv/en/msgguide/wwhelp/wwhimpl/common/html/wwhelp.htm?context=Messages_Guide&amp;topic=0000";
+    const std::string clearedXML = kHead + Entry(notice) + kTail;
+    const std::tuple<uint8_t, uint16_t, const char *, uint32_t, std::string, std::string> cases[] = {
+        {0, 3, "who", 2, "old", "old"},
+        {6, 3, "who", 1, "old", "old"},
+        {12, 3, "who", 0, cleared, clearedXML},
+        {12, 3, nullptr, 2, kMissing, "old"},
+        {12, 3, "who", UINT32_MAX, kMissing, "old"}, // what is not there is not cleared
+        {8, 3, "who", UINT32_MAX, "old", kMissing},
+        {4, 7, "who", 0, kMissing, "old"},
+        {12, 3, over.c_str(), 2, kMissing, kMissing}};
+    for (const auto &[targets, category, source, status, log, xml] : cases) {
         WriteText(kXML, "old");
         WriteText(kLog, "old");
-        if (c.status == UINT32_MAX)
-            fs::remove(kLog);
-        EXPECT_EQ(SMClearLog(c.targets, c.category, c.source), c.status);
-        EXPECT_EQ(ReadText(kLog), c.log);
-        EXPECT_EQ(ReadText(kXML) == "old", c.xmlStays);
+        if (status == UINT32_MAX)
+            fs::remove(targets == SM_LOG_XML ? kXML : kLog);
+        EXPECT_EQ(SMClearLog(targets, category, source), status);
+        EXPECT_EQ(ReadText(kLog), log);
+        EXPECT_EQ(ReadText(kXML), xml);
     }
+    EXPECT_EQ(qzvest::SMClearXMLLog(nullptr, 2, "u", "s"), SM_STATUS_NO_MEMORY);
 }
 
 TEST_F(TextLog, FailuresShowAndLeaveWhatIsWritten)
 {
-    const std::string data(32768, 'd');
-    const fs::path folder = fs::path(kLog).parent_path();
-    fs::create_directory(folder);
-    ASSERT_EQ(mount("tmpfs", folder.c_str(), "tmpfs", 0, "size=8k"), 0);
-    EXPECT_EQ(Append(1, 3, kDefaultLimit, data), SM_STATUS_LIMIT_REACHED);
-    EXPECT_EQ(fs::file_size(kLog), 8192u);
-    const std::string torn = ReadText(kLog), whole = Record("5", "who", "Volume Service", "Error", "text", Dump(data));
-    EXPECT_EQ(torn, (kHeader + whole).substr(0, torn.size()));
-    EXPECT_EQ(Append(1, 3), SM_STATUS_LIMIT_REACHED);
-    EXPECT_EQ(ReadText(kLog), torn);
-    umount(folder.c_str());
+    const std::string whole = kHeader + kPlain;
+    for (const size_t room : {size_t{0}, kHeader.size(), whole.size() - 1}) {
+        EXPECT_EQ(InRoom(room, [] { return Append(); }), SM_STATUS_LIMIT_REACHED);
+        EXPECT_EQ(ReadText(kLog), whole.substr(0, room));
+        fs::remove(kLog);
+    }
 
     qzvest::NetworkDetach();
-    EXPECT_EQ(Append(1, 3), SM_STATUS_FAILED); // no host name
+    EXPECT_EQ(Append(), SM_STATUS_FAILED); // no host name
     EXPECT_EQ(ReadText(kLog), kHeader);
     qzvest::NetworkAttach();
-    EXPECT_EQ(Append(1, 3), SM_STATUS_OK);
+    EXPECT_EQ(Append(), SM_STATUS_OK);
 
-    fs::rename("/var/run/qz/.ipc", "/var/run/qz/away");
-    EXPECT_EQ(Append(1, 3), SM_STATUS_FAILED);
+    fs::rename(kLocks, "/run/away");
+    EXPECT_EQ(Append(), SM_STATUS_FAILED);
     EXPECT_EQ(SMClearLog(SM_LOG_TEXT, 3, "who"), SM_STATUS_FAILED);
-    fs::rename("/var/run/qz/away", "/var/run/qz/.ipc");
-    EXPECT_EQ(ReadText(kLog), kHeader + kPlain);
+    fs::rename("/run/away", kLocks);
+    EXPECT_EQ(ReadText(kLog), whole);
 
     fs::remove(kLog);
     fs::create_symlink(kLog, kLog);
-    EXPECT_EQ(Append(1, 3), SM_STATUS_FAILED); // a file that does not open
+    EXPECT_EQ(Append(), SM_STATUS_FAILED); // a file that does not open
     fs::remove_all(kBase);
-    EXPECT_EQ(Append(1, 3), SM_STATUS_FAILED); // a directory that cannot be made
+    EXPECT_EQ(Append(), SM_STATUS_FAILED); // a directory that cannot be made
 }
 
-TEST_F(TextLog, AKilledWriterLeavesWholeLines)
+TEST_F(TextLog, LimitsBelongToPaths)
 {
-    if (const std::string reason = TraceHindrance(); !reason.empty())
-        GTEST_SKIP() << reason;
-    int points = 0;
-    for (const std::string &before : {std::string(), kHeader + kPlain}) {
-        const std::string whole = (before.empty() ? kHeader : before) + kPlain;
-        for (int nth = 1;; ++nth) {
-            SCOPED_TRACE(nth);
-            fs::remove(kLog);
-            if (!before.empty())
-                WriteText(kLog, before);
-            const auto append = [] { return Append(1, 3) == SM_STATUS_OK ? 0 : 1; };
-            const TraceOutcome outcome = Trace(
-                [append] {
-                    TraceBegin();
-                    const int result = append();
-                    TraceEnd();
-                    return result;
-                },
-                {nth, 0, nullptr});
-            const std::string left = fs::exists(kLog) ? ReadText(kLog) : "";
-            EXPECT_TRUE(whole.starts_with(left));
-            EXPECT_TRUE(left.empty() || left.ends_with(Wide("\n"))) << left;
-            EXPECT_EQ(InOtherProcess(append), 0);
-            EXPECT_EQ(ReadText(kLog), left + (left.size() < 256 ? kHeader : "") + kPlain);
-            if (!outcome.reached) {
-                EXPECT_EQ(left, whole);
-                break;
-            }
-            ++points;
-        }
+    const std::string longest(255, 'p'), over(256, 'p');
+    const auto limitOf = [](const std::string &path) {
+        uint32_t limit = 0;
+        EXPECT_EQ(SMGetLogMaxSize(path.c_str(), &limit), SM_STATUS_OK);
+        return limit;
+    };
+    for (const auto &[name, lowest] : {std::pair("vmkERNEL", 131072u), std::pair("VMkernel2", kDefaultLimit)}) {
+        systemName = name;
+        Reattach(); // limits of the machine before are gone
+        EXPECT_EQ(limitOf("/a"), lowest);
+        for (const uint32_t size : {0u, lowest - 1, 4194305u, UINT32_MAX})
+            EXPECT_EQ(SMSetLogMaxSize("/a", size), SM_STATUS_INVALID_PARAMETER);
+        std::map<std::string, uint32_t> limits = {
+            {"/b", lowest}, {"/a", 4194304}, {"//a", 2000000}, {longest, 2000001}};
+        for (const auto &[path, limit] : limits)
+            EXPECT_EQ(SMSetLogMaxSize(path.c_str(), 3000000) + SMSetLogMaxSize(path.c_str(), limit), 0u);
+        limits["/other"] = limits[over] = lowest;
+        for (const auto &[path, limit] : limits)
+            EXPECT_EQ(limitOf(path), limit);
     }
-    std::printf("COUNT text log appends killed: %d crash points\n", points);
+    for (const char *path : {static_cast<const char *>(nullptr), "", over.c_str()})
+        EXPECT_EQ(SMSetLogMaxSize(path, 2000000), SM_STATUS_INVALID_PARAMETER);
 }
 
 } // namespace
 
 // In place of the C library's, for this program.
-extern "C" time_t time(time_t *) noexcept
+extern "C" int uname(utsname *name) noexcept
 {
-    return 1700000000;
+    const long result = syscall(SYS_uname, name);
+    if (systemName != nullptr)
+        std::strcpy(name->sysname, systemName);
+    return static_cast<int>(result);
 }

@@ -31,11 +31,6 @@ inline std::string Hex(const Bytes &bytes)
     return text;
 }
 
-inline void PrintTo(const Bytes &bytes, std::ostream *out)
-{
-    *out << Hex(bytes);
-}
-
 // "'BODS 0100 1000": words of hexadecimal bytes, and of characters behind an apostrophe.
 inline Bytes Block(const std::string &text)
 {

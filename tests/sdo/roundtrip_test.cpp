@@ -7,6 +7,7 @@
 #include <random>
 
 #include "sdo/objects.h"
+#include "support/faults.h"
 
 namespace {
 
@@ -67,8 +68,7 @@ Bytes FlatForm(const Model &model)
         Bytes value = FlatValue(entry);
         const size_t offset = 8 * model.entries.size() - descriptors.size() + data.size();
         const bool isShort = value.size() <= 4;
-        const size_t storage = isShort ? value.size() - 1 : 4;
-        Append(descriptors, Words(id, entry.type | storage << 8));
+        Append(descriptors, Words(id, entry.type | (isShort ? value.size() - 1 : 4) << 8));
         Append(isShort ? value : data, isShort ? Bytes(4 - value.size()) : value);
         Append(descriptors, isShort ? value : Words(value.size(), offset));
     }
@@ -131,7 +131,7 @@ Object BuildObject(const Model &model)
 }
 
 // The block is read at an odd address, in memory that ends with it.
-void CheckReads(const Bytes &block, const Model &model)
+void CheckReads(const Object &object, const Bytes &block, const Model &model)
 {
     Bytes memory(block.size() + 1);
     std::copy(block.begin(), block.end(), memory.begin() + 1);
@@ -149,6 +149,11 @@ void CheckReads(const Bytes &block, const Model &model)
         auto size = static_cast<uint32_t>(value.size());
         EXPECT_EQ(ByIndex(SMSDOBinaryGetDataByIndex, odd, index, size - 1), "0 " + little());
         EXPECT_EQ(ByIndex(SMSDOBinaryGetDataByIndex, odd, index++, size), Text(id, ' ', expected()));
+        const bool isNested = (entry.type & 15) == 12;
+        const size_t stored = isNested ? 8 * entry.nested.size() : size;
+        EXPECT_EQ(ByIndex(SMSDOConfigGetDataByIndex, object.get(), index - 1, 0),
+                  Text(id, " 16 ", Hex({uint8_t(entry.type | isNested)}), ' ', stored, ' '));
+        EXPECT_TRUE(isNested || ByID(SMSDOConfigGetDataByID, object.get(), id, size) == expected());
         value.resize(size = std::max(4u, size)); // a short value counts as four bytes
         EXPECT_EQ(ByID(SMSDOBinaryGetDataByID, odd, id, size - 1), little());
         EXPECT_EQ(ByID(SMSDOBinaryGetDataByID, odd, id, size), expected());
@@ -156,9 +161,15 @@ void CheckReads(const Bytes &block, const Model &model)
     for (const auto id : {RandomID(), RandomID(), uint16_t{0}, uint16_t{65534}, uint16_t{65535}}) {
         if (model.entries.contains(id))
             continue;
-        EXPECT_EQ(ByID(SMSDOBinaryGetDataByID, odd, id, 1), id != 0 && id < 65534 ? "256 EE 1 EE" : "271 EE 1 EE");
+        const char *const none = id != 0 && id < 65534 ? "256 EE 1 EE" : "271 EE 1 EE";
+        EXPECT_EQ(ByID(SMSDOBinaryGetDataByID, odd, id, 1), none);
+        EXPECT_EQ(ByID(SMSDOConfigGetDataByID, object.get(), id, 1), none);
     }
     EXPECT_EQ(ByIndex(SMSDOBinaryGetDataByIndex, odd, index, 1), "0 12 EE 1 EE");
+    EXPECT_EQ(ByIndex(SMSDOConfigGetDataByIndex, object.get(), index, 1), "0 12 EE 1 EE");
+    auto little = static_cast<uint32_t>(block.size() - 1); // unlike elsewhere, the size stays
+    EXPECT_EQ(SMSDOConfigToBinary(object.get(), memory.data(), &little), SM_STATUS_BUFFER_TOO_SMALL);
+    EXPECT_EQ(little, block.size() - 1);
     EXPECT_EQ(Flatten(Object(SMSDOBinaryToConfig(odd))), block);
 }
 
@@ -167,7 +178,12 @@ void Mutate(const Object &object, Model &model)
     const uint16_t id = RandomID();
     const bool known = model.entries.contains(id);
     if (Draw(2) == 0) {
-        EXPECT_EQ(SMSDOConfigRemoveData(object.get(), id, 0, 0), known ? SM_STATUS_OK : SM_STATUS_NOT_FOUND);
+        // By place when the ID is none; else the place is not looked at.
+        const bool isByPlace = Draw(2) == 0;
+        const auto place = static_cast<uint32_t>(std::distance(model.entries.begin(), model.entries.find(id)));
+        const uint32_t absent = isByPlace ? SM_STATUS_NOT_IN_USE : SM_STATUS_NOT_FOUND;
+        const auto key = isByPlace ? static_cast<uint16_t>(65534 + Draw(3)) : id;
+        EXPECT_EQ(SMSDOConfigRemoveData(object.get(), key, isByPlace ? place : 99, 0), known ? SM_STATUS_OK : absent);
         model.entries.erase(id);
         return;
     }
@@ -175,12 +191,14 @@ void Mutate(const Object &object, Model &model)
     ModelEntry entry = RandomEntry(1);
     if (known && !model.entries[id].nested.empty() && entry.nested.empty())
         return;
+    EXPECT_TRUE(!known || AddEntry(object, id, entry, Draw(2) == 0 ? 0 : 2) == SM_STATUS_ALREADY_EXISTS);
     EXPECT_EQ(AddEntry(object, id, entry, 1), SM_STATUS_OK);
     model.entries[id] = std::move(entry);
 }
 
 TEST(SDORoundTrip, RandomObjects)
 {
+    const long blocks = LiveBlocks();
     for (int round = 0; round < 40 && !testing::Test::HasFailure(); ++round) {
         Model model = RandomModel(3);
         if (FlatForm(model).size() > 50000)
@@ -189,14 +207,17 @@ TEST(SDORoundTrip, RandomObjects)
         for (int change = 0; change < 10; ++change) {
             const Bytes block = Flatten(object);
             ASSERT_EQ(block, FlatForm(model));
-            CheckReads(block, model);
+            CheckReads(object, block, model);
             const Object clone(SMSDOConfigClone(object.get()));
             EXPECT_EQ(SMSDOConfigCompareByValue(object.get(), clone.get()), 1u);
             Mutate(object, model);
             EXPECT_EQ(SMSDOConfigCompareByValue(object.get(), clone.get()), FlatForm(model) == block ? 1u : 0u);
             EXPECT_EQ(Flatten(clone), block);
         }
+        EXPECT_EQ(SMSDOConfigRemoveData(object.get(), 1, 99, 7), SM_STATUS_OK);
+        EXPECT_EQ(Flatten(object), Block("'BODS 0000 0800"));
     }
+    EXPECT_EQ(LiveBlocks(), blocks);
 }
 
 } // namespace

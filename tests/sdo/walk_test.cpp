@@ -6,57 +6,34 @@
 
 namespace {
 
-// What the callbacks were given, a word each:
-//   <cookie:kind count/arrayIndex@block   objectBegin, -1 for no index
-//   id:bits6And7/bit5/bit4/kind:size@data entry, which gives 100 + id as the cookie of its child
-//   /childCookie                          entryEnd
-//   >cookie:kind                          objectEnd
-// Pointers are offsets in the block that is walked.
+// What the callbacks were given, a word each, with pointers as offsets in the block that is walked:
+//   begin,cookie,isArray,count,arrayIndex@block                      -1 for no index
+//   entry,id,typeBits6And7,typeBit5,typeBit4,kind,size@data          gives 101, 102... as the cookie of its child
+//   entryEnd,childCookie
+//   end,cookie,isArray
 struct Log {
     const Bytes *block;
     std::string answered = ""; // the word that is answered with 99; all others with 0
     std::string text = "";
-
-    uint32_t Note(const auto &...parts)
-    {
-        const std::string word = Text(parts...);
-        text += word + ' ';
-        return word == answered ? 99 : SM_STATUS_OK;
-    }
+    uint64_t cookie = 100;
 };
 
-uint32_t ObjectBegin(void *context, uint64_t cookie, uint16_t isArray, uint32_t count, uint32_t arrayIndex,
-                     const SMSDOBinary *block)
-{
+const auto kNote = [](void *context, auto... arguments) -> uint32_t {
     auto *log = static_cast<Log *>(context);
-    return log->Note('<', cookie, isArray == 1 ? ":array" : ":object", count, '/', static_cast<int32_t>(arrayIndex),
-                     '@', reinterpret_cast<const uint8_t *>(block) - log->block->data());
-}
-
-uint32_t Entry(void *context, uint64_t *childCookieOut, uint16_t id, uint8_t typeBits6And7, uint8_t typeBit5,
-               uint8_t typeBit4, uint8_t kind, uint32_t size, const void *data)
-{
-    auto *log = static_cast<Log *>(context);
-    *childCookieOut = 100u + id;
-    return log->Note(id, ':', int{typeBits6And7}, '/', int{typeBit5}, '/', int{typeBit4}, '/', int{kind}, ':', size,
-                     '@', static_cast<const uint8_t *>(data) - log->block->data());
-}
-
-uint32_t EntryEnd(void *context, uint64_t childCookie)
-{
-    return static_cast<Log *>(context)->Note('/', childCookie);
-}
-
-uint32_t ObjectEnd(void *context, uint64_t cookie, uint16_t isArray)
-{
-    return static_cast<Log *>(context)->Note('>', cookie, isArray == 1 ? ":array" : ":object");
-}
-
-uint32_t Walk(Log &log, int16_t recurse, SMSDOEntryEndCallback entryEnd = EntryEnd,
-              SMSDOObjectEndCallback objectEnd = ObjectEnd)
-{
-    return SMSDOBinaryWalk(log.block->data(), &log, ObjectBegin, Entry, entryEnd, objectEnd, recurse);
-}
+    constexpr size_t kCount = sizeof...(arguments);
+    std::string word = kCount == 5 ? "begin" : kCount == 8 ? "entry" : kCount == 1 ? "entryEnd" : "end";
+    const auto add = [&](auto argument) {
+        if constexpr (std::is_same_v<decltype(argument), const void *>)
+            word += Text('@', static_cast<const uint8_t *>(argument) - log->block->data());
+        else if constexpr (std::is_pointer_v<decltype(argument)>)
+            *argument = ++log->cookie;
+        else
+            word += Text(',', static_cast<int32_t>(argument));
+    };
+    (add(arguments), ...);
+    log->text += word + ' ';
+    return word == log->answered ? 99 : SM_STATUS_OK;
+};
 
 // A value, a nested object, and a nested array whose first element is empty.
 const Bytes kObject = Block("'BODS 0300 5500  0100 A5 01 AABB0000  0200 4C 04 1500 1000  0300 1C 04 2000 1D00"
@@ -68,39 +45,41 @@ TEST(SDOWalk, CallsBackInDocumentOrder)
 {
     const auto check = [](const Bytes &block, int16_t recurse, uint32_t status, const char *text) {
         Log log{&block};
-        EXPECT_EQ(Walk(log, recurse), status) << text;
+        EXPECT_EQ(SMSDOBinaryWalk(block.data(), &log, kNote, kNote, kNote, kNote, recurse), status) << text;
         EXPECT_EQ(log.text, text);
     };
-    check(
-        kObject, 1, SM_STATUS_OK,
-        "<0:object3/-1@0 1:2/1/0/5:2@12 /101 2:1/0/0/12:21@32 <102:object1/-1@32 5:0/0/0/1:5@48 /105 >102:object /102 "
-        "3:0/0/1/12:32@53 <103:array2/-1@53 <103:object1/1@69 7:0/0/0/1:1@81 /107 >103:object >103:array /103 "
-        ">0:object ");                                     // the empty element makes no callback
+    check(kObject, 1, SM_STATUS_OK,
+          "begin,0,0,3,-1@0 entry,1,2,1,0,5,2@12 entryEnd,101 "
+          "entry,2,1,0,0,12,21@32 begin,102,0,1,-1@32 entry,5,0,0,0,1,5@48 entryEnd,103 end,102,0 entryEnd,102 "
+          "entry,3,0,0,1,12,32@53 begin,104,1,2,-1@53 begin,104,0,1,1@69 entry,7,0,0,0,1,1@81 entryEnd,105 "
+          "end,104,0 end,104,1 entryEnd,104 end,0,0 ");    // the empty element makes no callback
     for (const int16_t recurse : {int16_t{0}, int16_t{2}}) // 1 alone looks inside
         check(kObject, recurse, SM_STATUS_OK,
-              "<0:object3/-1@0 1:2/1/0/5:2@12 /101 2:1/0/0/12:21@32 /102 3:0/0/1/12:32@53 /103 >0:object ");
-    check(kArray, 0, SM_STATUS_OK, "<0:array2/-1@0 <0:object1/0@8 >0:object <0:object1/1@24 >0:object >0:array ");
+              "begin,0,0,3,-1@0 entry,1,2,1,0,5,2@12 entryEnd,101 entry,2,1,0,0,12,21@32 entryEnd,102 "
+              "entry,3,0,0,1,12,32@53 entryEnd,103 end,0,0 ");
+    check(kArray, 0, SM_STATUS_OK, "begin,0,1,2,-1@0 begin,0,0,1,0@8 end,0,0 begin,0,0,1,1@24 end,0,0 end,0,1 ");
     check(Block("'BODS 0000 0800"), 1, SM_STATUS_OK, "");
     check(Bytes(), 1, SM_STATUS_INVALID_PARAMETER, ""); // NULL
     check(Block("'BODS 0100 1800 0100 0C 04 0800 0800 'BOOS 0000 0800"), 1, SM_STATUS_INVALID_PARAMETER,
-          "<0:object1/-1@0 1:0/0/0/12:8@16 ");
+          "begin,0,0,1,-1@0 entry,1,0,0,0,12,8@16 ");
 }
 
 TEST(SDOWalk, AnswersThatEndItAndAnswersThatDoNot)
 {
-    const auto check = [](const Bytes &block, const char *answered, uint32_t status, const std::string &last,
+    const auto check = [](const std::string &answered, uint32_t status, const std::string &last,
                           SMSDOEntryEndCallback entryEnd, SMSDOObjectEndCallback objectEnd) {
-        Log log{&block, answered};
-        EXPECT_EQ(Walk(log, 1, entryEnd, objectEnd), status) << answered;
+        Log log{&kObject, answered};
+        EXPECT_EQ(SMSDOBinaryWalk(kObject.data(), &log, kNote, kNote, entryEnd, objectEnd, 1), status) << answered;
         EXPECT_TRUE(log.text.ends_with(last + ' ')) << answered << ": " << log.text;
     };
-    for (const char *word : {"<0:object3/-1@0", "1:2/1/0/5:2@12", ">102:object", "<103:object1/1@69", ">103:array"})
-        check(kObject, word, 99, word, EntryEnd, ObjectEnd);
-    check(kObject, "/103", 0, ">0:object", EntryEnd, ObjectEnd);
-    check(kObject, "/103", 99, "/103", EntryEnd, nullptr); // the last one counts, those before do not
-    check(kObject, "/101", 0, "/103", EntryEnd, nullptr);
-    check(kObject, "/105", 99, "/105", EntryEnd, nullptr); // the nested walk has ended with it
-    check(kObject, "", 0, "7:0/0/0/1:1@81", nullptr, nullptr);
+    for (const char *word :
+         {"begin,0,0,3,-1@0", "entry,1,2,1,0,5,2@12", "end,102,0", "begin,104,0,1,1@69", "end,104,1"})
+        check(word, 99, word, kNote, kNote);
+    check("entryEnd,104", 0, "end,0,0", kNote, kNote);
+    check("entryEnd,104", 99, "entryEnd,104", kNote, nullptr); // the last one counts, those before do not
+    check("entryEnd,101", 0, "entryEnd,104", kNote, nullptr);
+    check("entryEnd,103", 99, "entryEnd,103", kNote, nullptr); // the nested walk has ended with it
+    check("", 0, "entry,7,0,0,0,1,1@81", nullptr, nullptr);
 }
 
 } // namespace
