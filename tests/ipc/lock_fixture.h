@@ -50,6 +50,12 @@ inline int SetsInUse()
     return semctl(0, 0, SEM_INFO, &info) < 0 ? -1 : info.semusz;
 }
 
+inline int SegmentsInUse()
+{
+    shm_info info = {};
+    return shmctl(0, SHM_INFO, reinterpret_cast<shmid_ds *>(&info)) < 0 ? -1 : info.used_ids;
+}
+
 inline int SetOf(key_t key)
 {
     return semget(key, 0, 0);

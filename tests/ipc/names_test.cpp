@@ -1,21 +1,15 @@
 #include "ipc/names.h"
 
-#include <filesystem>
-#include <fstream>
-
-#include "frame/module.h"
+#include "config/places.h"
 #include "ipc/paths.h"
 
 namespace {
 
-// The library starts over with its files below this folder; NULL: nothing is registered.
-void UseDataPath(const char *path)
+// The library starts over with its files below this folder; empty: nothing is registered.
+void UseDataPath(const std::string &path)
 {
-    std::filesystem::remove("/etc/vkreg.cfg");
-    if (path != nullptr)
-        std::ofstream("/etc/vkreg.cfg") << "vestlib.vardatapath=" << path << '\n';
-    qzvest::SMModuleStop();
-    qzvest::SMModuleStart();
+    WriteText(kRegistrationFile, path.empty() ? "" : "vestlib.vardatapath=" + path + '\n');
+    Reattach();
 }
 
 std::string NameOf(const char *name, uint32_t kind)
@@ -73,15 +67,11 @@ TEST(ObjectName, IsMadeByKind)
 TEST(IPCPaths, FollowTheRegisteredDataPath)
 {
     const std::string longest = "/run/" + std::string(203, 'd'); // with "/.ipc" 213 characters
-    const std::string longer = longest + "d";
-    const std::tuple<const char *, std::string, size_t> cases[] = {
-        // with the size of a mutex's name
-        {nullptr, "/var/run/qz/.ipc", 58},
-        {"/run/data/", "/run/data//.ipc", 57}, // the slash stays
-        {longest.c_str(), longest + "/.ipc", 255},
-        {longer.c_str(), longer + "/.ipc", 4}};
-    for (const auto &[dataPath, directory, nameSize] : cases) {
+    // With the size of a mutex's name; a slash stays.
+    const std::pair<std::string, size_t> cases[] = {{"", 58}, {"/run/data/", 57}, {longest, 255}, {longest + "d", 4}};
+    for (const auto &[dataPath, nameSize] : cases) {
         UseDataPath(dataPath);
+        const std::string directory = (dataPath.empty() ? "/var/run/qz" : dataPath) + "/.ipc";
         EXPECT_EQ(qzvest::IPCDirectory(), directory);
         EXPECT_EQ(qzvest::IPCRegistryFile(), directory + "/.lxvestIPCini");
         EXPECT_EQ(qzvest::IPCRegistryLockPath(), directory + "/.lxvestIPCiniSem");
