@@ -17,19 +17,17 @@ using namespace std::string_literals;
 
 TEST(Delimited, MultiStringsAreJoined)
 {
-    const struct {
-        std::string source, bytes; // its own terminator closes a multi-string
-        uint32_t count;            // of the delimiters
-    } cases[] = {
+    // Its own terminator closes a multi-string; with the number of the delimiters.
+    const std::tuple<std::string, std::string, uint32_t> cases[] = {
         {"a\0b c\0d\0"s, "a,b c,d\0"s, 2},
         {" a \0,\0"s, " a ,,\0"s, 1}, // texts stay as they are
         {"a\0\0b\0"s, "a\0"s, 0},
     };
-    for (const auto &c : cases) {
+    for (const auto &[source, bytes, delimiters] : cases) {
         uint32_t count, size;
-        char *list = SMUTF8ConvertXSVToYSV(c.source.c_str(), '\0', ',', &count, &size);
-        EXPECT_EQ(std::string(list, size), c.bytes) << c.source;
-        EXPECT_EQ(count, c.count) << c.source;
+        char *list = SMUTF8ConvertXSVToYSV(source.c_str(), '\0', ',', &count, &size);
+        EXPECT_EQ(std::string(list, size), bytes) << source;
+        EXPECT_EQ(count, delimiters) << source;
         SMFreeMem(list);
     }
     char *copy = SMUTF8ConvertXSVToYSV("a\0b\0", '\0', '\0', nullptr, nullptr);
@@ -73,7 +71,6 @@ const char kNames[] = "; names\n"
                       "S\t0001\tOther small tape\n"
                       "\tv\t\t00aB\tSecond ; a comment\n"
                       "d\t0010\tCard\textra\n"
-                      ";V\t3000\tCommented\n"
                       "V\t1000\tFirst again\n"
                       "D\t0020\tLate\n";
 
@@ -106,23 +103,18 @@ TEST(PCINames, RecordsByTheirPlace)
 
 TEST(PCINames, BadArguments)
 {
-    const struct {
-        uint32_t vendorSize, deviceSize;
-        const char *path;
-        uint32_t status;
-        char first; // of both buffers, afterwards
-    } cases[] = {
+    const std::tuple<uint32_t, uint32_t, const char *, uint32_t, char> cases[] = {
+        // with the first byte of both buffers afterwards
         {0, 8, "/proc/self/fd", 271, '#'},
         {8, 0, "/proc/self/fd", 271, '#'},
         {8, 8, "", 271, '\0'},
         {8, 8, "/proc/self/fd/none", 7, '\0'},
     };
-    for (const auto &c : cases) {
-        uint32_t sizes[] = {c.vendorSize, c.deviceSize};
+    for (auto [vendorSize, deviceSize, path, status, first] : cases) {
         char vendor[8] = "#", device[8] = "#";
-        EXPECT_EQ(SMReadPCIDevFile(1, 2, 0, 0, c.path, vendor, &sizes[0], device, &sizes[1]), c.status);
-        EXPECT_EQ(sizes[0] + sizes[1], 0u);
-        EXPECT_TRUE(vendor[0] == c.first && device[0] == c.first);
+        EXPECT_EQ(SMReadPCIDevFile(1, 2, 0, 0, path, vendor, &vendorSize, device, &deviceSize), status);
+        EXPECT_EQ(vendorSize + deviceSize, 0u);
+        EXPECT_TRUE(vendor[0] == first && device[0] == first);
     }
 }
 

@@ -104,7 +104,7 @@ TEST_F(IniRead, TurnsTextsIntoBytes)
     char dest[8];
     uint32_t size = 8;
     for (const auto &row : cases) {
-        SCOPED_TRACE(testing::Message() << "row " << &row - cases);
+        SCOPED_TRACE(&row - cases);
         Put(std::string("[a]\nk=") + row.text + "\n");
         strcpy(dest, "zzzzzzz");
         size = row.room;
@@ -121,11 +121,7 @@ TEST_F(IniRead, GivesHeapTexts)
     std::string sections, tooLong;
     for (int i = 0; i < 8000; ++i)
         (i < 2000 ? sections : tooLong) += "[" + std::to_string(1000 + i) + "]\n";
-    const struct {
-        std::string content;
-        const char *section, *key, *fallback, *text;
-        uint32_t size;
-    } cases[] = {
+    const std::tuple<std::string, const char *, const char *, const char *, const char *, uint32_t> cases[] = {
         {"[a]\nk=value\n", "a", "k", "def", "value", 6},
         {"[a]\nk=value\n", "a", "x", "def", "def", 4},
         {"[a]\nk=value\n", "a", "x", nullptr, nullptr, 0},
@@ -133,13 +129,13 @@ TEST_F(IniRead, GivesHeapTexts)
         {sections, nullptr, nullptr, nullptr, "1000", 10001}, // grows beyond the first buffer
         {tooLong + sections, nullptr, nullptr, "def", nullptr, 0},
     };
-    for (const auto &row : cases) {
-        Put(row.content);
+    for (const auto &[content, section, key, fallback, expected, expectedSize] : cases) {
+        Put(content);
         uint32_t size = 99;
-        char *const text = SMReadINISectionKeyUTF8Value(row.section, row.key, row.fallback, &size, path.c_str(), 1);
-        EXPECT_EQ(text != nullptr, row.size != 0);
-        EXPECT_EQ(size, row.size);
-        EXPECT_TRUE(row.text == nullptr || strcmp(text, row.text) == 0) << row.size;
+        char *const text = SMReadINISectionKeyUTF8Value(section, key, fallback, &size, path.c_str(), 1);
+        EXPECT_EQ(text != nullptr, expectedSize != 0);
+        EXPECT_EQ(size, expectedSize);
+        EXPECT_TRUE(expected == nullptr || strcmp(text, expected) == 0) << size;
         SMFreeGeneric(text);
     }
     EXPECT_EQ(SMReadINISectionKeyUTF8Value("a", "k", "def", nullptr, (folder + "/none").c_str(), 1), nullptr);
@@ -149,18 +145,16 @@ TEST_F(IniRead, TurnsWordsIntoValues)
 {
     static const SMINIEnumEntry kTable[] = {{"none", 100}, {"red", 1}, {"Green", 2}, {"blue", 4}, {"blue", 8}};
     Put("[a]\none=GREEN\nfirst=none\ndouble=blue\npadded= red\nlist= blue ,RED,, other\n");
-    const std::tuple<const char *, int32_t, uint16_t, uint32_t> cases[] = {
-        {"one", 5, 0, 2},
-        {"double", 5, 0, 4},
-        {"padded", 5, 0, 100},
-        {"missing", 5, 0, 1},
-        {"first", 5, 1, 0},
-        {"list", 5, 1, 5},
-        {"list", 5, 2, 100},
-        {"double", 3, 0, 100},
-        {"one", 1, 0, SM_ENUM_UNREADABLE},
-        {nullptr, 5, 0, SM_ENUM_UNREADABLE},
-    };
+    const std::tuple<const char *, int32_t, uint16_t, uint32_t> cases[] = {{"one", 5, 0, 2},
+                                                                           {"double", 5, 0, 4},
+                                                                           {"padded", 5, 0, 100},
+                                                                           {"missing", 5, 0, 1},
+                                                                           {"first", 5, 1, 0},
+                                                                           {"list", 5, 1, 5},
+                                                                           {"list", 5, 2, 100},
+                                                                           {"double", 3, 0, 100},
+                                                                           {"one", 1, 0, SM_ENUM_UNREADABLE},
+                                                                           {nullptr, 5, 0, SM_ENUM_UNREADABLE}};
     for (const auto &[key, count, multiple, value] : cases)
         EXPECT_EQ(SMReadINIEnums32Value("a", key, kTable, count, multiple, path.c_str(), 1), value) << key << count;
 }
@@ -175,18 +169,15 @@ TEST_F(IniRead, FindsFilesByNameBelowTheIniPath)
     const auto write = [](const std::string &name) {
         return SMWriteINIFileValue("a", "k", INI_TYPE_UTF8, "text", 5, name.c_str(), 1);
     };
-    EXPECT_EQ(read("f"), SM_STATUS_FAILED);
-    EXPECT_EQ(write("f"), SM_STATUS_FAILED);
+    EXPECT_EQ(read("f") & write("f"), SM_STATUS_FAILED);
     SetIniPath();
     // 10 bytes and terminator of the folder, 6, and the name: 256 at most.
-    for (const std::string &name : {std::string("f"), std::string(239, 'f')}) {
-        EXPECT_EQ(write(name), SM_STATUS_OK);
-        EXPECT_EQ(read(name), SM_STATUS_OK);
-        EXPECT_STREQ(dest, "text");
-        EXPECT_EQ(Get(folder + "/ini/" + name), "[a]\nk=text\n");
-    }
-    EXPECT_EQ(read(std::string(240, 'f')), SM_STATUS_BUFFER_TOO_SMALL);
-    EXPECT_EQ(write(std::string(240, 'f')), SM_STATUS_BUFFER_TOO_SMALL);
+    const std::string longest(239, 'f'), longer = longest + "f";
+    EXPECT_EQ(write(longest) | read(longest), SM_STATUS_OK);
+    EXPECT_STREQ(dest, "text");
+    EXPECT_EQ(Get(folder + "/ini/" + longest), "[a]\nk=text\n");
+    EXPECT_EQ(read(longer), SM_STATUS_BUFFER_TOO_SMALL);
+    EXPECT_EQ(write(longer), SM_STATUS_BUFFER_TOO_SMALL);
 }
 
 } // namespace

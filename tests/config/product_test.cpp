@@ -111,8 +111,7 @@ TEST_F(ProductPath, OneProductAlwaysHasItsPaths)
     const std::string tooLong = "/run/" + std::string(251, '/');
     const struct {
         std::string file;
-        const char *install, *log;
-        const char *environment = "";
+        const char *install, *log, *environment = "";
     } cases[] = {{"", "/etc", "/etc"},
                  {"hmrq.logpath=/run/log/\n", "/etc", "/run/log"},
                  {"hmrq.installpath=/run/h/\nGaugework.installpath=/run/p/g\n", "/run/h", "/run/h"},

@@ -32,15 +32,13 @@ TEST_F(PropertyFile, DefaultsStandInAfterFailures)
         uint32_t type, room;
         const std::string &file;
         uint32_t defaultSize, status, size, value;
-    } kCases[] = {
-        {"number", SMXLT_TYPE_UINT32, 4, path, 4, SM_STATUS_OK, 4, 17},
-        {"none", SMXLT_TYPE_UINT32, 3, path, 4, SM_STATUS_INI_NO_KEY, 3, 5},
-        {"word", SMXLT_TYPE_BOOL, 4, path, 0, SM_STATUS_INVALID_PARAMETER, 0, 5},
-        {"number", SMXLT_TYPE_UINT64, 4, path, 4, SM_STATUS_BUFFER_TOO_SMALL, 4, 99},
-        {nullptr, SMXLT_TYPE_UTF8, 4, missing, 4, SM_STATUS_INI_OPEN_FAILED, 4, 99},
-        {nullptr, SMXLT_TYPE_UTF8, 4, path, 4, SM_STATUS_BUFFER_TOO_SMALL, 4, 99},
-        {nullptr, SMXLT_TYPE_UINT32, 4, path, 4, SM_STATUS_OK, 4, 5},
-    };
+    } kCases[] = {{"number", SMXLT_TYPE_UINT32, 4, path, 4, SM_STATUS_OK, 4, 17},
+                  {"none", SMXLT_TYPE_UINT32, 3, path, 4, SM_STATUS_INI_NO_KEY, 3, 5},
+                  {"word", SMXLT_TYPE_BOOL, 4, path, 0, SM_STATUS_INVALID_PARAMETER, 0, 5},
+                  {"number", SMXLT_TYPE_UINT64, 4, path, 4, SM_STATUS_BUFFER_TOO_SMALL, 4, 99},
+                  {nullptr, SMXLT_TYPE_UTF8, 4, missing, 4, SM_STATUS_INI_OPEN_FAILED, 4, 99},
+                  {nullptr, SMXLT_TYPE_UTF8, 4, path, 4, SM_STATUS_BUFFER_TOO_SMALL, 4, 99},
+                  {nullptr, SMXLT_TYPE_UINT32, 4, path, 4, SM_STATUS_OK, 4, 5}};
     constexpr uint32_t kDefault = 99;
     uint32_t size = 0;
     const auto read = [&](const char *key, uint32_t type, void *dest, uint32_t defaultSize, const char *file) {
@@ -99,22 +97,19 @@ TEST_F(PropertyFile, FullDiskIsToldByWhatWasBeingWritten)
     const std::string ini = "[a]\nk=1\n;" + std::string(200, 'c') + "\n";
     struct rlimit before;
     ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &before), 0);
-    const struct {
-        rlim_t size;
-        const char *section; // NULL: a property file
-        uint32_t status;
-    } cases[] = {{100, nullptr, SM_STATUS_FAILED},        {105, nullptr, SM_STATUS_LIMIT_REACHED},
-                 {150, nullptr, SM_STATUS_LIMIT_REACHED}, {211, nullptr, SM_STATUS_OK},
-                 {150, "a", SM_STATUS_LIMIT_REACHED},     {213, "new", SM_STATUS_LIMIT_REACHED}};
-    for (const auto &row : cases) {
-        const std::string &old = row.section != nullptr ? ini : file;
+    const std::tuple<rlim_t, const char *, uint32_t> cases[] = {
+        {100, nullptr, SM_STATUS_FAILED},        {105, nullptr, SM_STATUS_LIMIT_REACHED},
+        {150, nullptr, SM_STATUS_LIMIT_REACHED}, {211, nullptr, SM_STATUS_OK},
+        {150, "a", SM_STATUS_LIMIT_REACHED},     {213, "new", SM_STATUS_LIMIT_REACHED}};
+    for (const auto &[size, section, expected] : cases) {
+        const std::string &old = section != nullptr ? ini : file;
         Put(old);
-        const struct rlimit limit = {row.size, before.rlim_max};
+        const struct rlimit limit = {size, before.rlim_max};
         setrlimit(RLIMIT_FSIZE, &limit);
-        const uint32_t status = row.section != nullptr ? Set(row.section, "k", "2") : Write("key", "value");
+        const uint32_t status = section != nullptr ? Set(section, "k", "2") : Write("key", "value");
         setrlimit(RLIMIT_FSIZE, &before);
-        EXPECT_EQ(status, row.status) << row.size;
-        EXPECT_EQ(Get() == old, status != SM_STATUS_OK) << row.size;
+        EXPECT_EQ(status, expected) << size;
+        EXPECT_EQ(Get() == old, status != SM_STATUS_OK) << size;
     }
 }
 

@@ -62,12 +62,10 @@ TEST_F(FileLock, HasOneRecordForEachSpelling)
     lock = SMFileLockOpen("/run/locked");
     SMFileLock *second = SMFileLockOpen("/run//locked");
     EXPECT_NE(lock, second);
-    for (int round = 0; round < 2; ++round) {
-        SMFileLockClose(lock); // stays
+    SMFileLockClose(lock);                  // stays
+    for (int times = 0; times < 2; ++times) // the second time it was the last
         EXPECT_EQ(SMFileLockOpen("/run/locked"), lock);
-        EXPECT_EQ(SMFileLockOpen("/run/locked"), lock); // this time it was the last
-        EXPECT_EQ(SMFileLockOpen("/run//locked"), second);
-    }
+    EXPECT_EQ(SMFileLockOpen("/run//locked"), second);
 }
 
 TEST_F(FileLock, FollowsTheRightsOnTheFile)
@@ -123,17 +121,16 @@ TEST_F(FileLock, RefusesOtherModesAndRecords)
         EXPECT_EQ(SMFileLockAcquire(lock, mode, 0), SM_STATUS_INVALID_PARAMETER);
     EXPECT_EQ(InThread(lock, kFileLockWriter), SM_STATUS_OK);
     const HeapPtr<IPCNameRecord> mutex(SMIPCNameRecordAlloc(nullptr, 256, kKindMutex));
-    for (SMFileLock *record : {static_cast<SMFileLock *>(nullptr), reinterpret_cast<SMFileLock *>(mutex.get())}) {
-        EXPECT_EQ(SMFileLockAcquire(record, kFileLockReader, 0), SM_STATUS_INVALID_PARAMETER);
-        EXPECT_EQ(SMFileLockRelease(record), SM_STATUS_INVALID_PARAMETER);
-    }
+    auto *const record = reinterpret_cast<SMFileLock *>(mutex.get());
+    EXPECT_EQ(SMFileLockAcquire(record, kFileLockReader, 0), SM_STATUS_INVALID_PARAMETER);
+    EXPECT_EQ(SMFileLockRelease(record), SM_STATUS_INVALID_PARAMETER);
 }
 
 TEST_F(FileLock, NeedsTheRightsAndTheDirectory)
 {
     lock = SMFileLockOpen(path.c_str());
     chmod(LockFile(path).c_str(), 0400);
-    std::thread([this] { // without privileges, which are a thread's own
+    std::jthread([this] { // without privileges, which are a thread's own
         ASSERT_TRUE(DropCapabilities());
         EXPECT_EQ(SMFileLockAcquire(lock, kFileLockWriter, 0), SM_STATUS_ACCESS_DENIED);
         EXPECT_EQ(SMFileLockAcquire(lock, kFileLockReader, 0), SM_STATUS_OK); // the record's mutex was given back

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 #include <linux/capability.h>
 #include <sched.h>
+#include <sys/prctl.h>
 #include <sys/sem.h>
 #include <sys/shm.h>
 #include <sys/syscall.h>
@@ -112,8 +113,10 @@ inline bool DropCapabilities()
 struct Process {
     explicit Process(const std::function<int()> &work) : id(fork())
     {
-        if (id == 0)
+        if (id == 0) {
+            prctl(PR_SET_PDEATHSIG, SIGKILL); // nobody outlives the test
             _exit(work());
+        }
     }
     Process(const Process &) = delete;
     ~Process()

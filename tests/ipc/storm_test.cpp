@@ -2,9 +2,9 @@
 
 #include <fcntl.h>
 #include <qzvest/qzvest.h>
-#include <sys/prctl.h>
 
 #include <algorithm>
+#include <list>
 #include <map>
 #include <random>
 #include <vector>
@@ -34,14 +34,6 @@ protected:
         SMSemaphoreDestroy(SMSemaphoreCreate("first", 0));
         std::filesystem::remove(kRegistry);
         alarm(180 * static_cast<unsigned>(kSoak));
-    }
-    // Nobody outlives the parent, which the alarm ends when something hangs.
-    static pid_t Fork()
-    {
-        const pid_t child = fork();
-        if (child == 0)
-            prctl(PR_SET_PDEATHSIG, SIGKILL);
-        return child;
     }
 };
 
@@ -80,7 +72,7 @@ Lines SectionOf(const std::string &section)
 }
 
 // Makes all its names when all are there, and adds one to each when all have made theirs.
-[[noreturn]] void Namer(int self, Number &there)
+int Namer(int self, Number &there)
 {
     const auto meet = [&there](int count) {
         for (++there; there < count;)
@@ -94,17 +86,17 @@ Lines SectionOf(const std::string &section)
     uint32_t failures = 0;
     for (const auto &[semaphore, event] : objects)
         failures |= event != nullptr ? SMEventSet(event) : SMSemaphoreRelease(semaphore, 1, nullptr);
-    _exit(failures == 0 ? 0 : 1);
+    return Code(failures);
 }
 
 TEST_F(Storm, EveryNameGetsOneKeyAndOneSet)
 {
     const Shared<Number> there;
+    std::list<Process> namers;
     for (int self = 0; self < kNamers; ++self)
-        if (Fork() == 0)
-            Namer(self, *there);
-    for (int status, i = 0; i < kNamers; ++i)
-        EXPECT_TRUE(wait(&status) > 0 && status == 0);
+        namers.emplace_back([&] { return Namer(self, *there); });
+    for (Process &namer : namers)
+        EXPECT_EQ(namer.Wait(), 0);
 
     constexpr int kCommonNames = kNames / 2;
     constexpr int kDifferent = kCommonNames + kNamers * (kNames - kCommonNames);
@@ -189,7 +181,7 @@ struct Worker {
         Require(status == SM_STATUS_OK, line);
     }
 
-    [[noreturn]] void Run()
+    int Run()
     {
         Random random(1);
         LocalMutexAndMemory(random); // so that most hold theirs at their death
@@ -207,7 +199,7 @@ struct Worker {
         SMEventDestroy(events[2]);
         SMRWLDestroy(localLock); // what is common has to stay for the others
         const auto done = static_cast<unsigned char>(self);
-        _exit(write(messages, &done, 1) == 1 ? 0 : 1);
+        return write(messages, &done, 1) == 1 ? 0 : 1;
     }
     void Work(Random random)
     {
@@ -356,11 +348,10 @@ protected:
     void Start()
     {
         const int slot = started++;
-        living[slot] = Fork();
-        if (living[slot] == 0) {
+        living.try_emplace(slot, [&] {
             Worker::board = static_cast<Board *>(SMSharedMemGetAddressPtr(SMSharedMemOpen("storm")));
-            Worker{slot, messages[1]}.Run();
-        }
+            return Worker{slot, messages[1]}.Run();
+        });
     }
 
     // Ends with the last of the processes; the kills come when the work of all has reached their number.
@@ -378,12 +369,11 @@ protected:
             Number &mark = board->slots[one->first].killed;
             mark = kills ? 1 : 0;
             if (kills)
-                kill(one->second, SIGKILL);
-            int status;
-            ASSERT_EQ(waitpid(one->second, &status, 0), one->second);
+                kill(one->second.id, SIGKILL);
+            const int code = one->second.Wait();
             living.erase(one);
-            mark = kills && status == SIGKILL ? 1 : 0;
-            EXPECT_TRUE(status == 0 || mark == 1) << status; // 0 maybe just in front of its kill
+            mark = kills && code == -1 ? 1 : 0;
+            EXPECT_TRUE(code == 0 || mark == 1) << code; // 0 maybe just in front of its kill
             killed += mark;
             if (mark == 1)
                 Start();
@@ -408,7 +398,7 @@ protected:
 
     Board *board = nullptr;
     int messages[2];
-    std::map<int, pid_t> living; // by slot
+    std::map<int, Process> living; // by slot
     int started = 0, killed = 0;
     int leastSets = 0, mostSets = 0, segments = 0;
 };
