@@ -91,10 +91,9 @@ inline Value Read(const std::string &content, const std::string &section, const 
 {
     std::vector<std::pair<std::string, std::string>> lines;
     const uint32_t status = KeyLines(content, section, lines);
-    for (const auto &[name, value] : lines) {
+    for (const auto &[name, value] : lines)
         if (name == key)
             return {SM_STATUS_OK, value};
-    }
     return {status == SM_STATUS_OK ? SM_STATUS_INI_NO_KEY : status, ""};
 }
 

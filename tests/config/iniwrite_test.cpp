@@ -94,10 +94,10 @@ TEST_F(IniWrite, MakesOneDirectory)
     EXPECT_EQ(write(path + "/"), SM_STATUS_BAD_ARGUMENT);
     EXPECT_EQ(Others(), 1);
 
-    ASSERT_EQ(chdir(folder.c_str()), 0); // a path without "/" is one of the current directory
+    std::filesystem::current_path(folder); // a path without "/" is one of the current directory
     Put("[a]\nk=2\n");
     EXPECT_EQ(write("file"), SM_STATUS_OK);
-    ASSERT_EQ(chdir("/"), 0);
+    std::filesystem::current_path("/");
     EXPECT_EQ(Get(), "[a]\nk=1\n");
     EXPECT_EQ(write(path + "/file"), SM_STATUS_FILE_NOT_FOUND);
 }

@@ -47,25 +47,20 @@ TEST_F(StringId, LanguagesFallBackToTheDefault)
     const std::string most(2047, 'm');
     PutTable("0:1=One\r\n0:3=Three\n0:4=" + most + "\n409:1=never\n",
              "407:1=Eins\r \n407:3=" + most + "x\n407:FFFFFFFF=letzter\n409:1=never\n1B5:1=never\n0:9=never\n");
-    const struct {
-        uint32_t id, language, room;
-        std::string text; // empty: nothing is delivered
-        uint32_t languageAfter;
-    } kCases[] = {
+    // With the text, empty where nothing is delivered, and the language afterwards.
+    const std::tuple<uint32_t, uint32_t, uint32_t, std::string, uint32_t> kCases[] = {
         {1, kGerman, 5, "Eins", kGerman}, {1, kGerman, 4, "", kGerman}, {0xFFFFFFFF, kGerman, 2048, "letzter", kGerman},
         {3, kGerman, 2048, "Three", 0}, // its own is too long
         {4, kGerman, 2048, most, 0},      {1, 437, 2048, "One", 0},     {1, 1033, 2048, "One", 0},
         {1, 0, 2048, "One", 0},           {9, kGerman, 2048, "", 0},
     };
-    for (const auto &row : kCases) {
+    for (auto [id, language, size, expected, languageAfter] : kCases) {
         char text[2048] = "*";
-        uint32_t size = row.room;
-        uint32_t language = row.language;
-        const uint32_t count = SMGetUTF8StrFromIDPathFile(row.id, &language, path.c_str(), text, &size);
-        EXPECT_EQ(count, row.text.empty() ? 0 : row.text.size() + 1) << row.id;
+        const uint32_t count = SMGetUTF8StrFromIDPathFile(id, &language, path.c_str(), text, &size);
+        EXPECT_EQ(count, expected.empty() ? 0 : expected.size() + 1) << id;
         EXPECT_EQ(size, count);
-        EXPECT_EQ(text, count != 0 ? row.text : "*");
-        EXPECT_EQ(language, row.languageAfter) << row.id;
+        EXPECT_EQ(text, count != 0 ? expected : "*");
+        EXPECT_EQ(language, languageAfter) << id;
     }
     uint32_t size = 8;
     EXPECT_EQ(SMGetUTF8StrFromIDPathFile(1, nullptr, path.c_str(), nullptr, nullptr), 4u);

@@ -18,8 +18,7 @@ uint64_t sum; // of the arguments, where a function ran
 
 uint64_t Add(uint64_t argument)
 {
-    sum += argument;
-    return argument;
+    return sum += argument;
 }
 
 std::barrier<> meeting(2);

@@ -55,7 +55,7 @@ TEST_F(SemSet, PrivateOnesAreListed)
 
 TEST_F(SemSet, AttachRemovesThoseOfTheDead)
 {
-    int32_t own = SMIPCSemSetCreate(0, 1, 1, 0);
+    const int32_t own = SMIPCSemSetCreate(0, 1, 1, 0);
     EXPECT_EQ(Process([] { return SMIPCSemSetCreate(0, 1, 1, 0) > 0 ? 0 : 1; }).Wait(), 0);
     EXPECT_EQ(SetsInUse(), 2);
     const std::string listed = Content(kRegistry);
