@@ -9,7 +9,6 @@
 #include <cerrno>
 #include <map>
 #include <set>
-#include <utility>
 
 #include "config/ini_fixture.h"
 
@@ -27,8 +26,8 @@ struct Change {
     const char *section; // NULL: a property file
     const char *key;
     const char *value;
-    std::vector<std::string> parts; // what an append may leave that did not come to its end
-    std::vector<std::string> likes; // what may stand for the change when the file could not be examined
+    std::set<std::string> parts; // what an append may leave that did not come to its end
+    std::set<std::string> likes; // what may stand for the change when the file could not be examined
 };
 
 const Change kChanges[] = {
@@ -61,9 +60,13 @@ int64_t OpenDescriptors()
     return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
 }
 
-bool Holds(const std::vector<std::string> &texts, const std::string &text)
+// Only calls made in here are hit.
+uint32_t Traced(const auto &change)
 {
-    return std::find(texts.begin(), texts.end(), text) != texts.end();
+    TraceBegin();
+    const uint32_t status = change();
+    TraceEnd();
+    return status;
 }
 
 class Crash : public IniFile {
@@ -76,45 +79,67 @@ protected:
     }
 
     // Also the lock file has to be made anew each time.
+    static void Empty(const std::string &place)
+    {
+        for (const std::string &each : {place, locks})
+            for (const auto &entry : std::filesystem::directory_iterator(each))
+                std::filesystem::remove(entry);
+    }
     void Prepare(const Change &change) const
     {
-        for (const std::string &place : {folder, locks})
-            for (const auto &entry : std::filesystem::directory_iterator(place))
-                std::filesystem::remove(entry);
+        Empty(folder);
         if (change.old != kMissing) {
             Put(change.old);
             std::filesystem::permissions(path, kMode);
         }
     }
 
+    // The work again and again, each time with the next of its calls failing or, without an error, killed at it. How
+    // many there were.
+    static int Sweep(const std::string &name, int error, const auto &prepare, const auto &work, const auto &check)
+    {
+        const auto filter = error == 0 ? nullptr : error == EINTR ? TakesInterruptibleCall : TakesFileCall;
+        for (int nth = 1;; ++nth) {
+            prepare();
+            const TraceOutcome outcome = Trace(work, {nth, error, filter});
+            SCOPED_TRACE(name + ", " + strerror(error) + " at call " + std::to_string(nth) + ", number " +
+                         std::to_string(outcome.call));
+            check(outcome);
+            if (!outcome.reached || HasFailure())
+                return nth - 1;
+        }
+    }
+
+    uint32_t Write(bool isIni, const char *section, const char *key, const char *value, int16_t wait) const
+    {
+        const auto size = static_cast<uint32_t>(value != nullptr ? std::strlen(value) + 1 : 0);
+        return isIni ? SMWriteINIPathFileValue(section, key, INI_TYPE_UTF8, value, size, path.c_str(), wait)
+                     : SMPropertyFileWriteValue(key, SMXLT_TYPE_UTF8, value, size, path.c_str(), wait);
+    }
     uint32_t Make(const Change &change) const
     {
-        if (change.section != nullptr)
-            return Set(change.section, change.key, change.value);
-        return SMPropertyFileWriteValue(change.key, SMXLT_TYPE_UTF8, change.value,
-                                        static_cast<uint32_t>(std::strlen(change.value) + 1), path.c_str(), 1);
+        return Traced([&] { return Write(change.section != nullptr, change.section, change.key, change.value, 1); });
     }
 
     // What another process does next. None of it waits for the lock.
-    void Use(const Change &change, Report &report) const
+    int Use(const Change &change, Report &report) const
     {
-        uint32_t size = sizeof report.again;
-        const char *file = path.c_str();
         const bool isIni = change.section != nullptr;
+        const char *const key = isIni ? "c" : "b";
         const auto read = [&] {
-            size = sizeof report.again;
-            return isIni ? SMReadINIPathFileValue("two", "c", INI_TYPE_UTF8, report.again, &size, nullptr, 0, file, 0)
-                         : SMPropertyFileReadValue("b", SMXLT_TYPE_UTF8, report.again, &size, nullptr, 0, file, 0);
+            uint32_t size = sizeof report.again;
+            return isIni ? SMReadINIPathFileValue("two", key, 1, report.again, &size, nullptr, 0, path.c_str(), 0)
+                         : SMPropertyFileReadValue(key, SMXLT_TYPE_UTF8, report.again, &size, "", 1, path.c_str(), 0);
         };
         report.first = read();
         const std::string content = Get();
         std::strncpy(report.content, content.c_str(), sizeof report.content - 1);
         if (!isIni && content == kMissing) // nobody but the user puts it back
             std::filesystem::rename(path + ".bak", path);
-        report.second = isIni ? SMWriteINIPathFileValue("two", "c", INI_TYPE_UTF8, "again", 6, file, 0)
-                              : SMPropertyFileWriteValue("b", SMXLT_TYPE_UTF8, "again", 6, file, 0);
-        if (read() != SM_STATUS_OK)
-            std::strcpy(report.again, "(none)");
+        report.second = Write(isIni, "two", key, "again", 0);
+        *report.again = '\0';
+        (void)read();
+        return 0;
     }
 
     void CheckUse(const Change &change, const Report &report, const std::string &expected) const
@@ -129,200 +154,163 @@ protected:
         EXPECT_EQ(Get(path + ".bak"), kMissing);
     }
 
-    void SweepKills(const Change &change);
-    void CheckAfterKill(const Change &change, std::set<std::string> &states) const;
-    void SweepFaults(const Change &change);
-    void CheckAfterFault(const Change &change, const Report &report) const;
-
-    void Add(const std::string &name, int number)
+    void CheckAfterKill(const Change &change, std::set<std::string> &states) const
     {
-        total_ += number;
-        parts_ += (parts_.empty() ? "" : ", ") + name + " " + std::to_string(number);
+        const std::string found = Get();
+        const std::string backup = Get(path + ".bak");
+        const bool isSwapping = backup != kMissing;
+        const bool isChanged = found == change.changed;
+        EXPECT_TRUE(change.old == kMissing || found == kMissing ||
+                    std::filesystem::status(path).permissions() == kMode);
+        if (isSwapping) {
+            EXPECT_EQ(backup, change.old);
+            EXPECT_TRUE(isChanged || found == kMissing) << found;
+            states.insert(isChanged ? "both" : "between");
+        } else {
+            EXPECT_TRUE(isChanged || found == change.old || change.parts.contains(found)) << found;
+            states.insert(isChanged ? "new" : found == change.old ? "old" : "part");
+        }
+        const Shared<Report> report;
+        ASSERT_EQ(InOtherProcess([&] { return Use(change, *report); }), 0);
+        CheckUse(change, *report, isSwapping && change.section != nullptr ? backup : found);
     }
-    void Count(const char *what)
+
+    int SweepKills(const Change &change) const
     {
-        std::printf("COUNT %s: %d (%s)\n", what, std::exchange(total_, 0), std::exchange(parts_, "").c_str());
-    }
-
-    int total_ = 0;
-    std::string parts_;
-};
-
-void Crash::CheckAfterKill(const Change &change, std::set<std::string> &states) const
-{
-    const std::string found = Get();
-    const std::string backup = Get(path + ".bak");
-    const bool isSwapping = backup != kMissing;
-    const bool isChanged = found == change.changed;
-    EXPECT_TRUE(change.old == kMissing || found == kMissing || std::filesystem::status(path).permissions() == kMode);
-    if (isSwapping) {
-        EXPECT_EQ(backup, change.old);
-        EXPECT_TRUE(isChanged || found == kMissing) << found;
-        states.insert(isChanged ? "both" : "between");
-    } else {
-        EXPECT_TRUE(isChanged || found == change.old || Holds(change.parts, found)) << found;
-        states.insert(isChanged ? "new" : found == change.old ? "old" : "part");
-    }
-    const Shared<Report> report;
-    ASSERT_EQ(InOtherProcess([&] { return Use(change, *report), 0; }), 0);
-    CheckUse(change, *report, isSwapping && change.section != nullptr ? backup : found);
-}
-
-void Crash::SweepKills(const Change &change)
-{
-    std::set<std::string> states;
-    for (int nth = 1;; ++nth) {
-        Prepare(change);
-        const auto work = [&] {
-            TraceBegin();
-            const uint32_t status = Make(change);
-            TraceEnd();
-            return status == SM_STATUS_OK ? 0 : 1;
-        };
-        const TraceOutcome outcome = Trace(work, {nth, 0, nullptr});
-        if (!outcome.reached) {
+        std::set<std::string> states;
+        const auto check = [&](const TraceOutcome &outcome) {
+            if (outcome.reached)
+                return CheckAfterKill(change, states);
             EXPECT_EQ(outcome.exitCode, 0);
             EXPECT_EQ(Get(), change.changed);
-            Add(change.name, nth - 1);
-            break;
-        }
-        SCOPED_TRACE(change.name + ", killed at call " + std::to_string(nth) + ", number " +
-                     std::to_string(outcome.call));
-        CheckAfterKill(change, states);
-        if (HasFailure())
-            return;
+        };
+        const auto work = [&] { return Make(change) == SM_STATUS_OK ? 0 : 1; };
+        const auto prepare = [&] { Prepare(change); };
+        const int kills = Sweep(change.name, 0, prepare, work, check);
+        EXPECT_EQ(states, (change.parts.empty() ? std::set<std::string>{"old", "between", "both", "new"}
+                                                : std::set<std::string>{"old", "part", "new"}));
+        return kills;
     }
-    const std::set<std::string> expected = change.parts.empty() ? std::set<std::string>{"old", "between", "both", "new"}
-                                                                : std::set<std::string>{"old", "part", "new"};
-    EXPECT_EQ(states, expected);
-}
 
-// A status other than 0 means that the change has not been made, as far as the next reader can see.
-void Crash::CheckAfterFault(const Change &change, const Report &report) const
-{
-    static const std::set<uint32_t> kDocumented = {SM_STATUS_OK,
-                                                   SM_STATUS_FILE_NOT_FOUND,
-                                                   SM_STATUS_LIMIT_REACHED,
-                                                   SM_STATUS_ALREADY_EXISTS,
-                                                   SM_STATUS_INI_OPEN_FAILED,
-                                                   SM_STATUS_INI_BAD_SECTION,
-                                                   SM_STATUS_ACCESS_DENIED,
-                                                   SM_STATUS_FAILED};
-    EXPECT_TRUE(kDocumented.count(report.status) != 0) << report.status;
-    EXPECT_EQ(report.descriptorsLeft, 0);
-    const std::string content = report.content;
-    const bool isProperty = change.section == nullptr;
-    if (report.status == SM_STATUS_OK || (isProperty && report.status == SM_STATUS_ACCESS_DENIED))
-        EXPECT_TRUE(content == change.changed || Holds(change.likes, content) ||
-                    (report.status != SM_STATUS_OK && content == change.old)) // the lock, not the backup, was denied
-            << content;
-    else if (report.status == SM_STATUS_LIMIT_REACHED)
-        EXPECT_TRUE(content == change.old || Holds(change.parts, content) ||
-                    (!change.parts.empty() && content == change.changed)) // that could not be closed
-            << content;
-    else if (isProperty && report.status == SM_STATUS_ALREADY_EXISTS)
-        EXPECT_EQ(content, kMissing);
-    else
-        EXPECT_EQ(content, change.old);
-    CheckUse(change, report, content);
-}
+    // A status other than 0 means that the change has not been made, as far as the next reader can see.
+    void CheckAfterFault(const Change &change, const Report &report) const
+    {
+        constexpr uint32_t kDocumented[] = {SM_STATUS_OK,
+                                            SM_STATUS_FILE_NOT_FOUND,
+                                            SM_STATUS_LIMIT_REACHED,
+                                            SM_STATUS_ALREADY_EXISTS,
+                                            SM_STATUS_ACCESS_DENIED,
+                                            SM_STATUS_INI_OPEN_FAILED,
+                                            SM_STATUS_INI_BAD_SECTION,
+                                            SM_STATUS_FAILED};
+        EXPECT_EQ(std::ranges::count(kDocumented, report.status), 1) << report.status;
+        EXPECT_EQ(report.descriptorsLeft, 0);
+        const std::string content = report.content;
+        const bool isProperty = change.section == nullptr;
+        if (report.status == SM_STATUS_OK || (isProperty && report.status == SM_STATUS_ACCESS_DENIED))
+            EXPECT_TRUE(
+                content == change.changed || change.likes.contains(content) ||
+                (report.status != SM_STATUS_OK && content == change.old)) // the lock, not the backup, was denied
+                << content;
+        else if (report.status == SM_STATUS_LIMIT_REACHED)
+            EXPECT_TRUE(content == change.old || change.parts.contains(content) ||
+                        (!change.parts.empty() && content == change.changed)) // that could not be closed
+                << content;
+        else if (isProperty && report.status == SM_STATUS_ALREADY_EXISTS)
+            EXPECT_EQ(content, kMissing);
+        else
+            EXPECT_EQ(content, change.old);
+        CheckUse(change, report, content);
+    }
 
-void Crash::SweepFaults(const Change &change)
-{
-    int faults = 0;
-    std::set<uint32_t> statuses;
-    for (const int error : {ENOSPC, EIO, EMFILE, EACCES, EINTR}) {
-        for (int nth = 1;; ++nth) {
-            Prepare(change);
-            const Shared<Report> report;
-            const auto work = [&] {
-                const int64_t before = OpenDescriptors();
-                TraceBegin();
-                report->status = Make(change);
-                TraceEnd();
-                // The other process comes while this one lives on, so that a lock that was not given back is in its
-                // way.
-                if (InOtherProcess([&] { return Use(change, *report), 0; }) != 0)
-                    return 1;
+    int SweepFaults(const Change &change) const
+    {
+        const Shared<Report> report;
+        std::set<uint32_t> statuses;
+        const auto work = [&] {
+            *report = {};
+            const int64_t before = OpenDescriptors();
+            report->status = Make(change);
+            // The other process comes while this one lives on, so that a lock that was not given back is in its way.
+            if (InOtherProcess([&] { return Use(change, *report); }) != 0)
+                return 1;
+            report->descriptorsLeft = OpenDescriptors() - before;
+            if (report->descriptorsLeft == 1) { // a lock that was not got keeps its own until it is tried again
+                (void)Text("two", "c");
                 report->descriptorsLeft = OpenDescriptors() - before;
-                char value[16];
-                uint32_t size = sizeof value;
-                if (report->descriptorsLeft == 1) { // a lock that was not got keeps its own until it is tried again
-                    SMReadINIPathFileValue("two", "c", INI_TYPE_UTF8, value, &size, nullptr, 0, path.c_str(), 0);
-                    report->descriptorsLeft = OpenDescriptors() - before;
-                }
-                return 0;
-            };
-            const TraceOutcome outcome =
-                Trace(work, {nth, error, error == EINTR ? TakesInterruptibleCall : TakesFileCall});
-            SCOPED_TRACE(change.name + ", " + strerror(error) + " from call " + std::to_string(nth) + ", number " +
-                         std::to_string(outcome.call) + ", status " + std::to_string(report->status));
+            }
+            return 0;
+        };
+        const auto check = [&](const TraceOutcome &outcome) {
             ASSERT_EQ(outcome.exitCode, 0);
             CheckAfterFault(change, *report);
-            if (HasFailure())
-                return;
-            if (!outcome.reached)
-                break;
-            statuses.insert(report->status);
-            ++faults;
-        }
+            if (outcome.reached)
+                statuses.insert(report->status);
+        };
+        int faults = 0;
+        const auto prepare = [&] { Prepare(change); };
+        for (const int error : {ENOSPC, EIO, EMFILE, EACCES, EINTR})
+            faults += HasFailure() ? 0 : Sweep(change.name, error, prepare, work, check);
+        EXPECT_GE(statuses.size(), 4u); // the calls that matter were among them
+        return faults;
     }
-    Add(change.name, faults);
-    EXPECT_GE(statuses.size(), 4u); // the calls that matter were among them
-}
+
+    // Runs each row's sweep, and tells how many calls were hit.
+    static void Count(const char *what, const auto &rows, const auto &sweep)
+    {
+        int total = 0;
+        std::string parts;
+        for (const auto &row : rows) {
+            const int number = HasFailure() ? 0 : sweep(row);
+            total += number;
+            parts += (total == number ? "" : ", ") + std::string(row.name) + " " + std::to_string(number);
+        }
+        std::printf("COUNT %s: %d (%s)\n", what, total, parts.c_str());
+    }
+};
 
 TEST_F(Crash, LeavesTheOldOrTheNew)
 {
-    for (const Change &change : kChanges)
-        SweepKills(change);
-    Count("kills in INI and property writes");
+    Count("kills in INI and property writes", kChanges, [this](const Change &change) { return SweepKills(change); });
 }
 
 // A value, or a list of keys, that goes beyond what is read at once.
 TEST_F(Crash, FaultsOfReadsDeliverNoHalves)
 {
-    std::string value, keys;
+    std::string value, keys, lines = "long=";
     for (int line = 0; line < 20; ++line) {
-        value += std::string(8000, 'v') + "\n";
-        keys += "long";
-        keys += '\0';
+        value += std::string(8000, 'v') + '\n';
+        keys += std::string("long") + '\0';
+        lines += std::string(8000, 'v') + "\\\n";
     }
-    std::string content;
-    for (const char byte : value)
-        content += byte == '\n' ? "\\\n" : std::string(1, byte);
+    value += "end";
+    lines += "end\n";
     for (const bool lists : {false, true}) {
-        std::string expected = lists ? keys : value;
-        expected += '\0';
+        const std::string expected = (lists ? keys : value) + '\0';
         std::string whole;
         for (int times = lists ? 20 : 1; times > 0; --times)
-            whole += "long=" + content + "end\n";
-        if (!lists)
-            expected.insert(expected.size() - 1, "end");
+            whole += lines;
         Put(whole);
-        int faults = 0;
-        for (bool reached = true; reached; ++faults) {
-            const auto work = [&] {
-                std::vector<char> dest(expected.size());
-                auto size = static_cast<uint32_t>(dest.size());
-                TraceBegin();
-                const uint32_t status = SMPropertyFileReadValue(lists ? nullptr : "long", SMXLT_TYPE_UTF8, dest.data(),
-                                                                &size, nullptr, 0, path.c_str(), 1);
-                TraceEnd();
-                return status != SM_STATUS_OK ? 2 : std::string(dest.data(), size) == expected ? 0 : 1;
+        const auto work = [&] {
+            std::string dest(expected.size(), '*');
+            auto size = static_cast<uint32_t>(dest.size());
+            const char *const key = lists ? nullptr : "long";
+            const auto read = [&] {
+                return SMPropertyFileReadValue(key, SMXLT_TYPE_UTF8, dest.data(), &size, nullptr, 0, path.c_str(), 1);
             };
-            const TraceOutcome outcome = Trace(work, {faults + 1, EIO, TakesFileCall});
-            reached = outcome.reached;
-            EXPECT_NE(outcome.exitCode, 1) << faults;
-        }
-        EXPECT_GT(faults, 8);
+            return Traced(read) != SM_STATUS_OK ? 2 : dest == expected && size == dest.size() ? 0 : 1;
+        };
+        const auto check = [](const TraceOutcome &outcome) { EXPECT_NE(outcome.exitCode, 1); };
+        EXPECT_GT(Sweep(
+                      "read", EIO, [] {}, work, check),
+                  7);
     }
 }
 
 TEST_F(Crash, FaultsAreTold)
 {
-    for (const Change &change : kChanges)
-        SweepFaults(change);
-    Count("failing calls in INI and property writes");
+    const auto sweep = [this](const Change &change) { return SweepFaults(change); };
+    Count("failing calls in INI and property writes", kChanges, sweep);
 }
 
 // ---- The key registry and the logs ----
@@ -384,9 +372,7 @@ protected:
 
     void Restore() const
     {
-        for (const std::string &place : {kLogs, locks})
-            for (const auto &entry : std::filesystem::directory_iterator(place))
-                std::filesystem::remove(entry);
+        Empty(kLogs);
         for (const auto &[name, content] : old_)
             Put(kLogs + name, content);
         Put(kRegistry, registry_);
@@ -416,36 +402,24 @@ protected:
         EXPECT_TRUE(sweptError != 0 || registry.find(registry_.substr(numbers)) != std::string::npos) << registry;
     }
 
-    // How many calls there were.
     int Sweep(const Writer &writer) const
     {
-        for (int nth = 1;; ++nth) {
-            Restore();
-            const auto work = [&writer] {
-                TraceBegin();
-                const uint32_t status = writer.write();
-                TraceEnd();
-                return status == SM_STATUS_OK ? 0 : 1;
-            };
-            const auto filter = sweptError == 0       ? nullptr
-                                : sweptError == EINTR ? TakesInterruptibleCall
-                                                      : TakesFileCall;
-            const TraceOutcome outcome = Trace(work, {nth, sweptError, filter});
-            SCOPED_TRACE(std::string(writer.name) + ", " + strerror(sweptError) + " at call " + std::to_string(nth) +
-                         ", number " + std::to_string(outcome.call));
-            CheckKept(writer, sweptError != 0 && outcome.call == SYS_openat);
+        const auto check = [&](const TraceOutcome &outcome) {
+            const bool openFails = sweptError != 0 && outcome.call == SYS_openat;
+            CheckKept(writer, openFails);
             Files left = Logs();
             const std::string xml = left[kXML], text = left[kText];
             EXPECT_TRUE(sweptError != 0 || text.empty() || text.ends_with(std::string("\n\0", 2)));
             EXPECT_TRUE(InOtherProcess([&writer] { return writer.next() == SM_STATUS_OK ? 0 : 1; }) == 0 ||
                         (!xml.empty() && !xml.ends_with(kTag)));
-            CheckKept(writer, sweptError != 0 && outcome.call == SYS_openat);
+            CheckKept(writer, openFails);
             EXPECT_TRUE(Logs()[kText].starts_with(text));
             EXPECT_TRUE(xml.empty() || xml.ends_with(kTag) || Logs()[kXML] == xml); // damaged: it stays
             EXPECT_TRUE(outcome.reached || outcome.exitCode == 0);
-            if (!outcome.reached || HasFailure())
-                return nth - 1;
-        }
+        };
+        const auto work = [&writer] { return Traced(writer.write) == SM_STATUS_OK ? 0 : 1; };
+        return Crash::Sweep(
+            writer.name, sweptError, [this] { Restore(); }, work, check);
     }
 
     Files old_;
@@ -468,17 +442,15 @@ TEST_F(Writers, LoseNothingOfWhatWasThere)
     old_["rotated"] = "grown";
     old_[kOlder] = "earlier";
     registry_ = Get(kRegistry);
-    for (const std::vector<int> &errors : {std::vector{0}, {ENOSPC, EACCES, EINTR}}) {
-        for (const Writer &writer : kWriters) {
-            int calls = 0;
-            for (const int error : errors) {
-                sweptError = error;
-                calls += HasFailure() ? 0 : Sweep(writer);
-            }
-            Add(writer.name, calls);
+    Count("kills in uses of names and logs", kWriters, [this](const Writer &writer) { return Sweep(writer); });
+    Count("failing calls in uses of names and logs", kWriters, [this](const Writer &writer) {
+        int calls = 0;
+        for (const int error : {ENOSPC, EACCES, EINTR}) {
+            sweptError = error;
+            calls += HasFailure() ? 0 : Sweep(writer);
         }
-        Count(sweptError == 0 ? "kills in uses of names and logs" : "failing calls in uses of names and logs");
-    }
+        return calls;
+    });
 }
 
 } // namespace

@@ -6,15 +6,11 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <qzvest/qzvest.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 #include <cstring>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
-#include <string>
 #include <vector>
+
+#include "os/folder.h"
 
 class IniFile : public testing::Test {
 protected:
@@ -40,8 +36,7 @@ protected:
     // The file's bytes, or a text that no test writes.
     static std::string Get(const std::string &where)
     {
-        std::ifstream file(where, std::ios::binary);
-        return file ? std::string{std::istreambuf_iterator<char>(file), {}} : "(missing)";
+        return Exists(where) ? Content(where) : "(missing)";
     }
     std::string Get() const
     {
@@ -52,12 +47,6 @@ protected:
     int64_t Others() const
     {
         return std::distance(std::filesystem::directory_iterator(folder), {}) - std::filesystem::exists(path);
-    }
-
-    static mode_t ModeOf(const std::string &where)
-    {
-        struct stat status = {};
-        return stat(where.c_str(), &status) == 0 ? status.st_mode & 07777 : 0;
     }
 
     uint32_t Set(const char *section, const char *key, const char *value) const

@@ -91,10 +91,9 @@ inline Value Read(const std::string &content, const std::string &section, const 
 {
     std::vector<std::pair<std::string, std::string>> lines;
     const uint32_t status = KeyLines(content, section, lines);
-    for (const auto &[name, value] : lines) {
+    for (const auto &[name, value] : lines)
         if (name == key)
             return {SM_STATUS_OK, value};
-    }
     return {status == SM_STATUS_OK ? SM_STATUS_INI_NO_KEY : status, ""};
 }
 
@@ -182,14 +181,12 @@ inline uint32_t Rewrite(const std::string &content, const char *section, const c
     output.clear();
     for (size_t i = 0; i + 1 < at + (key != nullptr ? 1 : 0); ++i)
         output += lines[i];
-    if (key != nullptr) {
+    if (key != nullptr)
         ChangeKey(lines, at, key, value, output);
-        return SM_STATUS_OK;
-    }
-    while (at < lines.size() && !IsOneOf(lines[at][0], "[#"))
-        ++at;
-    for (; at < lines.size(); ++at)
-        output += lines[at];
+    else
+        for (bool behind = false; at < lines.size(); ++at)
+            if (behind = behind || IsOneOf(lines[at][0], "[#"); behind)
+                output += lines[at];
     return SM_STATUS_OK;
 }
 

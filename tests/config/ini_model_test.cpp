@@ -80,10 +80,9 @@ protected:
             return; // refused before the file, or a backup, is looked at
         ASSERT_EQ(Get(), exists_ ? content_ : "(missing)");
         ASSERT_EQ(Others(), status == SM_STATUS_INI_BAD_SECTION ? 1 : 0);
-        for (const auto &entry : std::filesystem::directory_iterator(folder)) { // the temporary file
+        for (const auto &entry : std::filesystem::directory_iterator(folder)) // the temporary file
             if (entry.path() != path)
                 std::filesystem::remove(entry.path());
-        }
     }
 
     std::mt19937 random_{static_cast<unsigned>(FromEnvironment("QZVEST_SEED", 4711))};
@@ -97,21 +96,18 @@ TEST_F(IniModel, AgreesOnOddFilesAndSequencesOfChanges)
     for (int file = 0; file < files && !HasFatalFailure(); ++file) {
         SCOPED_TRACE(file);
         unlink(path.c_str());
-        content_ = Content();
         exists_ = Below(20) != 0;
+        content_ = exists_ ? Content() : "";
         if (exists_)
             Put(content_);
-        else
-            content_.clear();
         for (int change = 0; change < kChangesPerFile; ++change) {
             ASSERT_NO_FATAL_FAILURE(CompareReads()) << content_;
             if (Below(16) == 0) { // a crash between the renames, which the next call repairs, whatever it is
                 content_ = Content();
                 exists_ = true;
                 Put(path + ".bak", content_);
-                if (Below(2) == 0) {
-                    ASSERT_NO_FATAL_FAILURE(CompareReads()) << content_;
-                }
+                if (Below(2) == 0)
+                    CompareReads();
             }
             ASSERT_NO_FATAL_FAILURE(CompareChange());
         }

@@ -1,30 +1,12 @@
 // What a change makes of a file's mode, its names and its neighbours, and of typed values. Lines have their model.
 
-#include <sys/mount.h>
-
 #include <cfloat>
 
 #include "config/ini_fixture.h"
 
 namespace {
 
-constexpr char kLetters[] = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789";
-
-class IniWrite : public IniFile {
-protected:
-    void TearDown() override
-    {
-        umount2(folder.c_str(), MNT_DETACH); // where a case has mounted a file system
-        IniFile::TearDown();
-    }
-
-    // A file system of so many pages. False where the kernel forbids it.
-    static bool MountSmall(int pages)
-    {
-        const std::string size = "mode=755,size=" + std::to_string(pages * sysconf(_SC_PAGESIZE));
-        return mount("tmpfs", folder.c_str(), "tmpfs", 0, size.c_str()) == 0;
-    }
-};
+using IniWrite = IniFile;
 
 TEST_F(IniWrite, WritesTexts)
 {
@@ -32,7 +14,7 @@ TEST_F(IniWrite, WritesTexts)
     static const uint32_t kWord = 0xFFFFFFFF;
     static const uint64_t kQuad = UINT64_C(1) << 63;
     static const double kTenth = -0.1, kLargest = DBL_MAX;
-    static const std::string kBytes(2049, '\xAB'), kLong(8193, 'v');
+    static const std::string kBytes(1639, '\xAB'), kLong(8193, 'v');
     std::string digits;
     for (int i = 0; i < 1638; ++i)
         digits += i == 0 ? "0xAB" : ",0xAB";
@@ -48,27 +30,22 @@ TEST_F(IniWrite, WritesTexts)
         {INI_TYPE_UTF8, " a=b ", 6, SM_STATUS_OK, " a=b "},
         {INI_TYPE_UTF8, "abc", 3, SM_STATUS_INI_BAD_VALUE, ""},
         {INI_TYPE_UTF8, "ab\0c", 5, SM_STATUS_INI_BAD_VALUE, ""},
-        {INI_TYPE_UTF8, nullptr, 1, SM_STATUS_INI_BAD_VALUE, ""},
         {INI_TYPE_UTF8, &kLong[1], 8193, SM_STATUS_OK, kLong.substr(1)},
         {INI_TYPE_UTF8, &kLong[0], 8194, SM_STATUS_INI_BAD_VALUE, ""},
         {INI_TYPE_UCS2, kText, 6, SM_STATUS_OK, "0xE9,0x00,0x2D,0x4E,0x00,0x00"},
         {INI_TYPE_UCS2, kText, 4, SM_STATUS_INI_BAD_VALUE, ""},
         {INI_TYPE_BINARY, "", 0, SM_STATUS_INI_BAD_VALUE, ""},
-        {INI_TYPE_BINARY, nullptr, 1, SM_STATUS_INI_BAD_VALUE, ""},
         {INI_TYPE_BINARY, kBytes.data(), 1638, SM_STATUS_OK, digits},
         {INI_TYPE_BINARY, kBytes.data(), 1639, SM_STATUS_INI_BAD_VALUE, ""}, // the text would be too long
-        {INI_TYPE_BINARY, kBytes.data(), 2049, SM_STATUS_INI_BAD_VALUE, ""},
         {INI_TYPE_BOOL, &kTrue, 2, SM_STATUS_OK, "TRUE"},
         {INI_TYPE_BOOL, &kOther, 2, SM_STATUS_OK, "FALSE"},
-        {INI_TYPE_BOOL, &kTrue, 1, SM_STATUS_INI_BAD_VALUE, ""},
         {INI_TYPE_UINT32, &kWord, 8, SM_STATUS_OK, "4294967295"},
-        {INI_TYPE_UINT32, nullptr, 0, SM_STATUS_INI_BAD_VALUE, ""},
         {INI_TYPE_INT32, &kWord, 4, SM_STATUS_OK, "-1"},
+        {INI_TYPE_UINT64, &kQuad, 7, SM_STATUS_INI_BAD_VALUE, ""},
         {INI_TYPE_UINT64, &kQuad, 8, SM_STATUS_OK, "9223372036854775808"},
         {INI_TYPE_INT64, &kQuad, 8, SM_STATUS_OK, "-9223372036854775808"},
         {INI_TYPE_DOUBLE, &kTenth, 8, SM_STATUS_OK, "-0.10000000"},
         {INI_TYPE_DOUBLE, &kLargest, 8, SM_STATUS_OK, largest},
-        {INI_TYPE_DOUBLE, &kTenth, 7, SM_STATUS_INI_BAD_VALUE, ""},
         {10, "1", 2, SM_STATUS_BAD_ARGUMENT, ""},
     };
     for (const auto &row : cases) {
@@ -82,7 +59,6 @@ TEST_F(IniWrite, WritesTexts)
               SM_STATUS_BAD_ARGUMENT);
     EXPECT_EQ(SMWriteINIPathFileValue("a", "k", INI_TYPE_BINARY, nullptr, 0, path.c_str(), 1), SM_STATUS_OK);
     EXPECT_EQ(Get(), "[a]\n");
-    EXPECT_EQ(SMWriteINIPathFileValue(nullptr, "k", 1, "1", 2, path.c_str(), 1), SM_STATUS_BAD_ARGUMENT);
     EXPECT_EQ(SMWriteINIPathFileValue("a", "k", 1, "1", 2, "", 1), SM_STATUS_BAD_ARGUMENT);
 }
 
@@ -90,13 +66,13 @@ TEST_F(IniWrite, GivesModes)
 {
     const mode_t mask = umask(077);
     EXPECT_EQ(Set("a", "k", "1"), SM_STATUS_OK);
-    EXPECT_EQ(ModeOf(path), 0644U);
+    EXPECT_EQ(Mode(path), 0644U);
     for (const auto &[before, after] : {std::pair(0U, 0U), std::pair(07777U, 01666U)}) {
         for (const char *const section : {"a", "other"}) {
             Put("[a]\nk=1\n");
             ASSERT_EQ(chmod(path.c_str(), before), 0);
             EXPECT_EQ(Set(section, "k", "2"), SM_STATUS_OK);
-            EXPECT_EQ(ModeOf(path), after) << before << section;
+            EXPECT_EQ(Mode(path), after) << before << section;
         }
     }
     umask(mask);
@@ -105,7 +81,7 @@ TEST_F(IniWrite, GivesModes)
     std::filesystem::remove(path);
     const std::filesystem::path left = std::filesystem::directory_iterator(folder)->path();
     EXPECT_EQ(Get(left), "[z]\n[b\n");
-    EXPECT_EQ(ModeOf(left), 01666U);
+    EXPECT_EQ(Mode(left), 01666U);
 }
 
 TEST_F(IniWrite, MakesOneDirectory)
@@ -114,15 +90,14 @@ TEST_F(IniWrite, MakesOneDirectory)
         return SMWriteINIPathFileValue("a", "k", 1, "1", 2, file.c_str(), 1);
     };
     EXPECT_EQ(write(folder + "/new/file.ini"), SM_STATUS_OK);
-    EXPECT_EQ(Get(folder + "/new/file.ini"), "[a]\nk=1\n");
     EXPECT_EQ(write(folder + "/x/y/file.ini"), SM_STATUS_FAILED);
     EXPECT_EQ(write(path + "/"), SM_STATUS_BAD_ARGUMENT);
     EXPECT_EQ(Others(), 1);
 
-    ASSERT_EQ(chdir(folder.c_str()), 0); // a path without "/" is one of the current directory
+    std::filesystem::current_path(folder); // a path without "/" is one of the current directory
     Put("[a]\nk=2\n");
     EXPECT_EQ(write("file"), SM_STATUS_OK);
-    ASSERT_EQ(chdir("/"), 0);
+    std::filesystem::current_path("/");
     EXPECT_EQ(Get(), "[a]\nk=1\n");
     EXPECT_EQ(write(path + "/file"), SM_STATUS_FILE_NOT_FOUND);
 }
@@ -141,7 +116,7 @@ TEST_F(IniWrite, DoesNotWriteThroughLinks)
     std::string taken, next;
     srand(1); // the library has seeded by now
     for (int i = 0; i < 16; ++i)
-        (i < 8 ? taken : next) += kLetters[rand() % 62];
+        (i < 8 ? taken : next) += "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789"[rand() % 62];
     Put(folder + "/" + taken, "somebody's");
     ASSERT_EQ(symlink(victim.c_str(), (folder + "/" + next).c_str()), 0);
     srand(1);
@@ -151,25 +126,6 @@ TEST_F(IniWrite, DoesNotWriteThroughLinks)
     EXPECT_EQ(Get(victim), "(missing)");
     EXPECT_EQ(Get(folder + "/" + taken), "somebody's");
     EXPECT_FALSE(std::filesystem::is_symlink(path));
-}
-
-TEST_F(IniWrite, LeavesTheFileOnAFullOrReadOnlyDisk)
-{
-    if (!MountSmall(3)) // one page each for the directory, the file and its copy, at most
-        GTEST_SKIP() << "no mount: " << strerror(errno);
-    const auto page = static_cast<size_t>(sysconf(_SC_PAGESIZE));
-    const std::string content = "[a]\nk=1\n;" + std::string(page - 10, 'c') + "\n";
-    Put(content);
-    Put(folder + "/filler", std::string(page * 4, 'f'));
-    for (const char *section : {"a", "new"}) {
-        EXPECT_EQ(Set(section, "k", "2"), SM_STATUS_LIMIT_REACHED);
-        EXPECT_EQ(Get(), content);
-        EXPECT_EQ(Others(), 2); // the filler and the temporary file
-    }
-    ASSERT_EQ(mount(nullptr, folder.c_str(), nullptr, MS_REMOUNT | MS_RDONLY, nullptr), 0);
-    for (const char *section : {"a", "new"})
-        EXPECT_EQ(Set(section, "k", "2"), SM_STATUS_FILE_NOT_FOUND);
-    EXPECT_EQ(Text("a", "k"), "1");
 }
 
 } // namespace

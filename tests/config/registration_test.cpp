@@ -10,15 +10,10 @@ namespace {
 
 using Text = std::optional<std::string>;
 
-Text Owned(char *text)
-{
-    const qzvest::HeapPtr<char> owner(text);
-    return text != nullptr ? Text(text) : std::nullopt;
-}
-
 Text Read(const char *key, const char *defaultText = nullptr)
 {
-    return Owned(qzvest::SMRegistrationKeyRead(key, defaultText));
+    const qzvest::HeapPtr<char> text(qzvest::SMRegistrationKeyRead(key, defaultText));
+    return text ? Text(text.get()) : std::nullopt;
 }
 
 // What does not fit a block is read again from the beginning.

@@ -26,17 +26,14 @@ protected:
     {
         std::u16string text(room / 2 + 1, u'*');
         size = room;
-        const uint32_t count = SMGetUCS2StrFromID(id, nullptr, reinterpret_cast<uint16_t *>(text.data()), &size);
-        EXPECT_EQ(count, size);
+        EXPECT_EQ(SMGetUCS2StrFromID(id, nullptr, reinterpret_cast<uint16_t *>(text.data()), &size), size);
         EXPECT_EQ(text.back(), u'*');
         return text;
     }
     static std::u16string Suite(uint32_t id)
     {
         uint32_t size;
-        const std::u16string text = Suite(id, 4096, size);
-        EXPECT_TRUE(size >= 2 && text[size / 2 - 1] == 0);
-        return text.c_str();
+        return Suite(id, 4096, size).c_str();
     }
 
     static void PutBand(const std::string &lines)
@@ -50,30 +47,23 @@ TEST_F(StringId, LanguagesFallBackToTheDefault)
     const std::string most(2047, 'm');
     PutTable("0:1=One\r\n0:3=Three\n0:4=" + most + "\n409:1=never\n",
              "407:1=Eins\r \n407:3=" + most + "x\n407:FFFFFFFF=letzter\n409:1=never\n1B5:1=never\n0:9=never\n");
-    const struct {
-        uint32_t id, language, room;
-        std::string text; // empty: nothing is delivered
-        uint32_t languageAfter;
-    } kCases[] = {
+    // With the text, empty where nothing is delivered, and the language afterwards.
+    const std::tuple<uint32_t, uint32_t, uint32_t, std::string, uint32_t> kCases[] = {
         {1, kGerman, 5, "Eins", kGerman}, {1, kGerman, 4, "", kGerman}, {0xFFFFFFFF, kGerman, 2048, "letzter", kGerman},
         {3, kGerman, 2048, "Three", 0}, // its own is too long
         {4, kGerman, 2048, most, 0},      {1, 437, 2048, "One", 0},     {1, 1033, 2048, "One", 0},
         {1, 0, 2048, "One", 0},           {9, kGerman, 2048, "", 0},
     };
-    for (const auto &row : kCases) {
+    for (auto [id, language, size, expected, languageAfter] : kCases) {
         char text[2048] = "*";
-        uint32_t size = row.room;
-        uint32_t language = row.language;
-        const uint32_t count = SMGetUTF8StrFromIDPathFile(row.id, &language, path.c_str(), text, &size);
-        EXPECT_EQ(count, row.text.empty() ? 0 : row.text.size() + 1) << row.id;
+        const uint32_t count = SMGetUTF8StrFromIDPathFile(id, &language, path.c_str(), text, &size);
+        EXPECT_EQ(count, expected.empty() ? 0 : expected.size() + 1) << id;
         EXPECT_EQ(size, count);
-        EXPECT_EQ(text, count != 0 ? row.text : "*");
-        EXPECT_EQ(language, row.languageAfter) << row.id;
+        EXPECT_EQ(text, count != 0 ? expected : "*");
+        EXPECT_EQ(language, languageAfter) << id;
     }
-    char text[8];
-    uint32_t size = sizeof text;
+    uint32_t size = 8;
     EXPECT_EQ(SMGetUTF8StrFromIDPathFile(1, nullptr, path.c_str(), nullptr, nullptr), 4u);
-    EXPECT_EQ(SMGetUTF8StrFromIDPathFile(1, nullptr, path.c_str(), text, nullptr), 0u);
     EXPECT_EQ(SMGetUTF8StrFromIDPathFile(1, nullptr, path.c_str(), nullptr, &size), 0u);
     EXPECT_EQ(size, 0u);
     EXPECT_EQ(SMGetUTF8StrFromIDPathFile(1, nullptr, nullptr, nullptr, nullptr), sizeof "Invalid Path File Name");
@@ -100,39 +90,37 @@ TEST_F(StringId, SuiteTextsAreUCS2)
     uint32_t language = kGerman;
     EXPECT_EQ(SMGetUCS2StrFromID(1, &language, nullptr, &size), sizeof "Sommer");
     EXPECT_EQ(size, sizeof "Sommer");
-    uint16_t text[8] = {7};
-    EXPECT_EQ(SMGetUCS2StrFromID(2, nullptr, text, nullptr), 1024u);
+    uint16_t text;
+    EXPECT_EQ(SMGetUCS2StrFromID(2, nullptr, &text, nullptr), 1024u);
     std::filesystem::remove_all(folder); // without a place there is nothing
-    EXPECT_EQ(SMGetUCS2StrFromID(1, nullptr, text, &size), 0u);
+    EXPECT_EQ(Suite(1, 64, size)[0], u'*');
     EXPECT_EQ(size, 0u);
-    EXPECT_EQ(text[0], 7);
 }
 
 TEST_F(StringId, BandMovesByTheOffset)
 {
     PutTable("0:8FF=below\n0:900=base\n0:920=end\n0:921=above\n0:A00=moved base\n0:A20=moved end\n0:A21=never\n");
-    PutBand("offset=256\n"); // the others have their defaults
-    EXPECT_EQ(Suite(0x8FF), u"below");
-    EXPECT_EQ(Suite(0x900), u"moved base");
-    EXPECT_EQ(Suite(0x920), u"moved end");
-    EXPECT_EQ(Suite(0x921), u"above");
-    PutBand("offset=0\n"); // is not read again
-    EXPECT_EQ(Suite(0x900), u"moved base");
+    for (const char *offset : {"256", "0"}) { // the others have their defaults, and no band is read again
+        PutBand(std::string("offset=") + offset + "\n");
+        EXPECT_EQ(Suite(0x8FF), u"below");
+        EXPECT_EQ(Suite(0x900), u"moved base");
+        EXPECT_EQ(Suite(0x920), u"moved end");
+        EXPECT_EQ(Suite(0x921), u"above");
+    }
 }
 
 TEST_F(StringId, BandAtZeroIsReadAgain)
 {
     PutTable("0:0=zero\n0:1=one\n0:2=two\n");
-    PutBand("BaseID=0\noemRange=0\noffset=1\n");
-    EXPECT_EQ(Suite(0), u"one");
-    EXPECT_EQ(Suite(2), u"two");
-    PutBand("BaseID=0\noemRange=0\n"); // keeps the offset
-    EXPECT_EQ(Suite(0), u"one");
-    PutBand("BaseID=1\noemRange=0\noffset=1\n");
-    EXPECT_EQ(Suite(1), u"two");
-    PutBand("BaseID=0\noemRange=0\noffset=2\n");
-    EXPECT_EQ(Suite(1), u"two");
-    EXPECT_EQ(Suite(0), u"zero");
+    const std::tuple<const char *, uint32_t, const char16_t *> steps[] = {
+        {"BaseID=0\noemRange=0\noffset=1\n", 0, u"one"},
+        {"BaseID=0\noemRange=0\n", 0, u"one"}, // keeps the offset
+        {"BaseID=1\noemRange=0\noffset=1\n", 1, u"two"},
+        {"BaseID=0\noemRange=0\noffset=2\n", 0, u"zero"}};
+    for (const auto &[band, id, text] : steps) {
+        PutBand(band);
+        EXPECT_EQ(Suite(id), text) << band;
+    }
 }
 
 } // namespace

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 #include <linux/capability.h>
 #include <sched.h>
+#include <sys/prctl.h>
 #include <sys/sem.h>
 #include <sys/shm.h>
 #include <sys/syscall.h>
@@ -48,6 +49,12 @@ inline int SetsInUse()
 {
     seminfo info = {};
     return semctl(0, 0, SEM_INFO, &info) < 0 ? -1 : info.semusz;
+}
+
+inline int SegmentsInUse()
+{
+    shm_info info = {};
+    return shmctl(0, SHM_INFO, reinterpret_cast<shmid_ds *>(&info)) < 0 ? -1 : info.used_ids;
 }
 
 inline int SetOf(key_t key)
@@ -106,8 +113,10 @@ inline bool DropCapabilities()
 struct Process {
     explicit Process(const std::function<int()> &work) : id(fork())
     {
-        if (id == 0)
+        if (id == 0) {
+            prctl(PR_SET_PDEATHSIG, SIGKILL); // nobody outlives the test
             _exit(work());
+        }
     }
     Process(const Process &) = delete;
     ~Process()

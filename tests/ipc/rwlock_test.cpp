@@ -95,8 +95,7 @@ TEST_F(ReadWriteLock, NamedPrefersWriters)
 {
     const Lock lock(SMRWLCreate("gate"));
     const int set = SetOf(kFirstKey);
-    for (int i = 0; i < 2; ++i)
-        EXPECT_EQ(SMRWLReadLockGet(lock.get(), 0), SM_STATUS_OK);
+    EXPECT_EQ(SMRWLReadLockGet(lock.get(), 0) | SMRWLReadLockGet(lock.get(), 0), SM_STATUS_OK);
     std::future<uint32_t> writer = GetElsewhere(lock, kWrite);
     AwaitWaiters(set, 1);
     EXPECT_EQ(SMRWLReadLockGet(lock.get(), 0), SM_STATUS_TIMEOUT); // though a reader holds it
@@ -112,8 +111,7 @@ TEST_F(ReadWriteLock, NamedPrefersWriters)
     std::future<uint32_t> first = GetElsewhere(lock, kRead), second = GetElsewhere(lock, kRead);
     AwaitWaiters(set, 2);
     SMRWLWriteLockRelease(lock.get());
-    EXPECT_EQ(first.get(), SM_STATUS_OK);
-    EXPECT_EQ(second.get(), SM_STATUS_OK);
+    EXPECT_EQ(first.get() | second.get(), SM_STATUS_OK);
     EXPECT_EQ(UnitsOf(set), 2); // the two too many
     EXPECT_EQ(SMRWLWriteLockGet(lock.get(), 0), SM_STATUS_TIMEOUT);
     EXPECT_EQ(UnitsOf(set), 0);

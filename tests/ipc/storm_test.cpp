@@ -2,9 +2,9 @@
 
 #include <fcntl.h>
 #include <qzvest/qzvest.h>
-#include <sys/prctl.h>
 
 #include <algorithm>
+#include <list>
 #include <map>
 #include <random>
 #include <vector>
@@ -35,14 +35,6 @@ protected:
         std::filesystem::remove(kRegistry);
         alarm(180 * static_cast<unsigned>(kSoak));
     }
-    // Nobody outlives the parent, which the alarm ends when something hangs.
-    static pid_t Fork()
-    {
-        const pid_t child = fork();
-        if (child == 0)
-            prctl(PR_SET_PDEATHSIG, SIGKILL);
-        return child;
-    }
 };
 
 // ---- All names at once ----
@@ -51,15 +43,21 @@ constexpr int kNamers = 8;
 constexpr int kNames = kSlow ? 48 : 200; // of each process; half of them are common to all
 
 // Semaphores and events with manual reset by turns.
-std::pair<SMSemaphore *, SMEvent *> Make(int namer, int number)
-{
-    const std::string name = (number % 2 == 0 ? "all" : std::to_string(namer)) + " " + std::to_string(number);
-    if (number % 4 < 2)
-        return {SMSemaphoreCreate(name.c_str(), 0), nullptr};
-    return {nullptr, SMEventCreate(name.c_str(), 1, 0)};
-}
+struct Object {
+    Object(int namer, int number)
+    {
+        const std::string name = (number % 2 == 0 ? "all" : std::to_string(namer)) + " " + std::to_string(number);
+        if (number % 4 < 2)
+            semaphore = SMSemaphoreCreate(name.c_str(), 0);
+        else
+            event = SMEventCreate(name.c_str(), 1, 0);
+    }
 
-using Lines = std::vector<std::pair<std::string, std::string>>;
+    SMSemaphore *semaphore = nullptr;
+    SMEvent *event = nullptr;
+};
+
+using Lines = std::map<std::string, std::string>;
 
 Lines SectionOf(const std::string &section)
 {
@@ -69,59 +67,56 @@ Lines SectionOf(const std::string &section)
     while (std::getline(file, line) && line != "[" + section + "]") {
     }
     for (size_t equals; std::getline(file, line) && (equals = line.find('=')) != std::string::npos;)
-        lines.emplace_back(line.substr(0, equals), line.substr(equals + 1));
-    std::sort(lines.begin(), lines.end());
+        EXPECT_TRUE(lines.emplace(line.substr(0, equals), line.substr(equals + 1)).second) << line;
     return lines;
 }
 
 // Makes all its names when all are there, and adds one to each when all have made theirs.
-[[noreturn]] void Namer(int self, Number &there)
+int Namer(int self, Number &there)
 {
     const auto meet = [&there](int count) {
         for (++there; there < count;)
             sched_yield();
     };
-    std::vector<std::pair<SMSemaphore *, SMEvent *>> objects;
+    std::vector<Object> objects;
     meet(kNamers);
     for (int number = 0; number < kNames; ++number)
-        objects.push_back(Make(self, number));
+        objects.emplace_back(self, number);
     meet(2 * kNamers);
     uint32_t failures = 0;
     for (const auto &[semaphore, event] : objects)
         failures |= event != nullptr ? SMEventSet(event) : SMSemaphoreRelease(semaphore, 1, nullptr);
-    _exit(failures == 0 ? 0 : 1);
+    return Code(failures);
 }
 
 TEST_F(Storm, EveryNameGetsOneKeyAndOneSet)
 {
     const Shared<Number> there;
+    std::list<Process> namers;
     for (int self = 0; self < kNamers; ++self)
-        if (Fork() == 0)
-            Namer(self, *there);
-    for (int status, i = 0; i < kNamers; ++i)
-        EXPECT_TRUE(wait(&status) > 0 && status == 0);
+        namers.emplace_back([&] { return Namer(self, *there); });
+    for (Process &namer : namers)
+        EXPECT_EQ(namer.Wait(), 0);
 
     constexpr int kCommonNames = kNames / 2;
     constexpr int kDifferent = kCommonNames + kNamers * (kNames - kCommonNames);
     const Lines keys = SectionOf("Unique String Name Key Section");
-    ASSERT_EQ(keys.size(), static_cast<size_t>(kDifferent));
+    ASSERT_EQ(keys.size(), size_t{kDifferent});
     EXPECT_EQ(SetsInUse(), kDifferent);
     Lines mirror;
     std::map<int, int> setsByCount;
     for (const auto &[name, key] : keys) {
-        mirror.emplace_back(key, name);
-        const int set = semget(static_cast<key_t>(std::stoul(key)), 0, 0);
-        ++setsByCount[semctl(set, 0, GETVAL)];
+        mirror.emplace(key, name);
+        ++setsByCount[UnitsOf(SetOf(std::stoi(key)))];
     }
     EXPECT_EQ(setsByCount, (std::map<int, int>{{1, kDifferent - kCommonNames}, {kNamers, kCommonNames}}));
-    std::sort(mirror.begin(), mirror.end());
     EXPECT_EQ(SectionOf("Unique Numeric Value Key Section"), mirror);
-    for (int i = 0; i < kDifferent; ++i) // each number once, and none left out
-        ASSERT_EQ(mirror[static_cast<size_t>(i)].first, std::to_string(300001 + i));
+    EXPECT_EQ(mirror.size(), keys.size()); // each number once, and none left out
+    EXPECT_EQ(mirror.rbegin()->first, std::to_string(kFirstKey + kDifferent - 1));
 
     for (int self = 0; self < kNamers; ++self)
         for (int number = 0; number < kNames; ++number) {
-            const auto [semaphore, event] = Make(self, number);
+            const auto [semaphore, event] = Object(self, number);
             SMEventDestroy(event);
             SMSemaphoreDestroy(semaphore);
         }
@@ -186,7 +181,7 @@ struct Worker {
         Require(status == SM_STATUS_OK, line);
     }
 
-    [[noreturn]] void Run()
+    int Run()
     {
         Random random(1);
         LocalMutexAndMemory(random); // so that most hold theirs at their death
@@ -201,10 +196,10 @@ struct Worker {
         for (SMMutex *each : {mutex, door, local, settings})
             SMMutexDestroy(each);
         SMSemaphoreDestroy(localSemaphore);
-        SMEventDestroy(localEvent);
+        SMEventDestroy(events[2]);
         SMRWLDestroy(localLock); // what is common has to stay for the others
         const auto done = static_cast<unsigned char>(self);
-        _exit(write(messages, &done, 1) == 1 ? 0 : 1);
+        return write(messages, &done, 1) == 1 ? 0 : 1;
     }
     void Work(Random random)
     {
@@ -249,13 +244,9 @@ struct Worker {
 
     void Events(Random &random)
     {
-        SMEvent *const events[] = {manual, automatic, localEvent};
         SMEvent *event = events[random() % 3];
         const auto choice = random() % 3;
-        if (choice == 0)
-            (void)Got(SMEventWait(event, 1));
-        else
-            Done(choice == 1 ? SMEventSet(event) : SMEventReset(event));
+        (void)Got(choice == 0 ? SMEventWait(event, 1) : choice == 1 ? SMEventSet(event) : SMEventReset(event));
     }
 
     // What others may destroy at any moment.
@@ -344,8 +335,8 @@ struct Worker {
     SMMutex *mutex = SMMutexCreate("storm"), *door = SMMutexCreate("door");
     SMMutex *local = SMMutexCreate(nullptr), *settings = SMMutexCreate(nullptr);
     SMSemaphore *semaphore = SMSemaphoreCreate("storm", 0), *localSemaphore = SMSemaphoreCreate(nullptr, 0);
-    SMEvent *manual = SMEventCreate("manual", 1, 0), *automatic = SMEventCreate("automatic", 0, 0);
-    SMEvent *localEvent = SMEventCreate(nullptr, 0, 0);
+    SMEvent *events[3] = {SMEventCreate("manual", 1, 0), SMEventCreate("automatic", 0, 0),
+                          SMEventCreate(nullptr, 0, 0)};
     SMRWL *lock = SMRWLCreate("storm"), *localLock = SMRWLCreate(nullptr);
     SMSharedMem *ownMemory = nullptr;
     Number localTotal{0}, localCalls{0}, criticalTotal{0}, criticalCalls{0};
@@ -357,12 +348,10 @@ protected:
     void Start()
     {
         const int slot = started++;
-        const pid_t child = Fork();
-        if (child == 0) {
+        living.try_emplace(slot, [&] {
             Worker::board = static_cast<Board *>(SMSharedMemGetAddressPtr(SMSharedMemOpen("storm")));
-            Worker{slot, messages[1]}.Run();
-        }
-        living[slot] = child;
+            return Worker{slot, messages[1]}.Run();
+        });
     }
 
     // Ends with the last of the processes; the kills come when the work of all has reached their number.
@@ -380,17 +369,14 @@ protected:
             Number &mark = board->slots[one->first].killed;
             mark = kills ? 1 : 0;
             if (kills)
-                kill(one->second, SIGKILL);
-            int status;
-            ASSERT_EQ(waitpid(one->second, &status, 0), one->second);
+                kill(one->second.id, SIGKILL);
+            const int code = one->second.Wait();
             living.erase(one);
-            if (kills && WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL) {
-                ++killed;
+            mark = kills && code == -1 ? 1 : 0;
+            EXPECT_TRUE(code == 0 || mark == 1) << code; // 0 maybe just in front of its kill
+            killed += mark;
+            if (mark == 1)
                 Start();
-            } else {
-                EXPECT_EQ(status, 0); // maybe just in front of its kill
-                mark = 0;
-            }
         }
     }
 
@@ -412,7 +398,7 @@ protected:
 
     Board *board = nullptr;
     int messages[2];
-    std::map<int, pid_t> living; // by slot
+    std::map<int, Process> living; // by slot
     int started = 0, killed = 0;
     int leastSets = 0, mostSets = 0, segments = 0;
 };
@@ -433,6 +419,7 @@ TEST_F(Soak, WhatTheKilledLeaveHindersNobody)
 
     SMMutex *mutex = SMMutexCreate("storm");
     EXPECT_EQ(SMMutexLock(mutex, 0), SM_STATUS_OK);
+    EXPECT_EQ(SMMutexUnLock(mutex), SM_STATUS_OK);
     SMMutexDestroy(mutex);
     int begun = 0, ended = 0, held = 0;
     for (int slot = 0; slot < started; ++slot) {
@@ -466,9 +453,7 @@ TEST_F(Soak, WhatTheKilledLeaveHindersNobody)
         SMEventDestroy(SMEventCreate(name, 0, 0));
     SMRWLDestroy(SMRWLCreate("storm"));
     SMSharedMemFree(boardMemory);
-    shm_info info = {};
-    EXPECT_GE(shmctl(0, SHM_INFO, reinterpret_cast<shmid_ds *>(&info)), 0);
-    EXPECT_EQ(info.used_ids, segments);
+    EXPECT_EQ(SegmentsInUse(), segments);
     EXPECT_TRUE(leastSets <= SetsInUse() && SetsInUse() <= mostSets)
         << leastSets << ' ' << SetsInUse() << ' ' << mostSets;
     std::filesystem::remove(kSettings);
