@@ -238,6 +238,7 @@ TEST(LocalizedPath, MostSpecialFileWins)
     std::filesystem::current_path("/run/root");
     setenv("LANG", "de", 1);
     EXPECT_EQ(Owned(SMGetLocalizedPathFileName(nullptr, "texts", nullptr, nullptr, "a")), "./texts/de/a");
+    EXPECT_EQ(SMGetLocalizedPathFileName(nullptr, "texts", nullptr, nullptr, "none"), nullptr);
 
     // What does not fit is passed over, the room being 256 bytes.
     const std::string root = "/run/root" + std::string(235, '/');

@@ -64,7 +64,7 @@ TEST(Print, WhatTheCLibraryDoesNotDo)
     const std::string null = "\xE6\xB8\xA8\xE6\xB1\xB5\xE2\xA5\xAC";
     const auto text = Units(u"\u00e9t\u00e9"), lone = Units(u"\xD83D"), later = Units(u"a\xD83D");
     const std::pair<std::string, std::string> cases[] = {
-        {Print("%hhd", 70000), "4464"},
+        {Print("%hhd|%Lg|a%nb", 70000, 1.5, nullptr), "4464|1.5|ab"},
         {Print("%D %U %#O", int64_t{-1}, int64_t{-1}, 1LL << 33), "-1 18446744073709551615 0100000000000"},
         {Print("%#.3o|%#.0o|%4h#x|", 8, 0, 0x1000A), "010|| 0xa|"},
         {Print("%5-3d|%.2 5d|%.1.3d|%.2147483648d|", 7, 7, 7, 0), "7  |   07|007|0|"},
