@@ -33,8 +33,8 @@ extern "C" {
  * Returns SM_STATUS_OK; SM_STATUS_BAD_ARGUMENT (the path NULL, a text empty or too long, data NULL or too large);
  *   SM_STATUS_LIMIT_REACHED (a write failed: the document may have lost its end); SM_STATUS_BAD_FORMAT (no closing tag
  *   behind the declaration: the file stays as it is); SM_STATUS_NO_MEMORY; SM_STATUS_FAILED (unknown category; the
- *   directory cannot be made, the file not opened; data with a dataSize of 0; no memory for the event, but where it is
- *   for its data alone, that are left empty). */
+ *   directory cannot be made, the file not opened; data with a dataSize of 0; no memory for the event;
+ *   where it lacks for the data alone, they are left empty, with SM_STATUS_OK). */
 SM_EXPORT uint32_t SMAppendToXMLLog(const char *pathFileName, uint16_t type, uint16_t category, uint32_t eventId,
                                     const char *userInfo, const char *source, const char *description, const char *link,
                                     const void *data, uint32_t dataSize, uint32_t maxSize);
